@@ -1,0 +1,215 @@
+#include "channel/hid_channel.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+#include <new>
+#include <utility>
+
+namespace pelm {
+namespace {
+
+// A read that fails at once (device unplugged, handle gone) is tried again after
+// this pause rather than in a busy loop, until the removal handler stops the
+// reader.
+constexpr std::chrono::milliseconds kFailedReadPause{10};
+
+constexpr uint32_t kFeatureByteReportLength = 2;
+
+}  // namespace
+
+std::string UpperCasePath(const char* path) {
+  std::string upper(path);
+  for (char& c : upper) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  return upper;
+}
+
+bool SamePath(const std::string& upperCased, const char* path) {
+  const std::size_t length = std::strlen(path);
+  if (length != upperCased.size()) return false;
+  for (std::size_t i = 0; i < length; ++i) {
+    if (std::toupper(static_cast<unsigned char>(path[i])) !=
+        static_cast<unsigned char>(upperCased[i])) {
+      return false;
+    }
+  }
+  return true;
+}
+
+cHidChannel::cHidChannel(const char* path, const ChannelConfig& config)
+    : config_(config), devicePath_(UpperCasePath(path)), writeSemaphore_(config.queueLimit) {
+  outputQueue_.Create();
+}
+
+cHidChannel::~cHidChannel() {
+  // Owners run StopThreads (through Close) first; this is the last safety net
+  // against a thread outliving its object.
+  StopThreads();
+  // Models without a writer never drain their queue.
+  while (QueueEntry* entry = outputQueue_.PopFront()) delete entry;
+  outputQueue_.Destroy();
+}
+
+bool cHidChannel::OpenAndIdentify() {
+  platform::HidHandle device = platform::OpenDevice(devicePath_.c_str(), platform::OpenMode::Overlapped);
+  {
+    std::lock_guard hold(handleMutex_);
+    deviceHandle_ = device;
+  }
+  if (!device) return false;
+  Identify(*device);
+  return true;
+}
+
+void cHidChannel::Identify(platform::HidDevice& device) {
+  platform::HidCaps caps;
+  platform::HidAttributes attributes;
+  const bool haveCaps = device.GetCaps(caps);
+  const bool haveAttributes = device.GetAttributes(attributes);
+
+  std::lock_guard hold(identityMutex_);
+  if (haveAttributes) attributes_ = attributes;
+  if (!haveCaps || !haveAttributes) return;
+  caps_ = caps;
+  inputBufferLength_ = std::max<uint32_t>(caps.inputReportByteLength, config_.minInputReportLength);
+  inputReportBuffer_.reset(new (std::nothrow) uint8_t[inputBufferLength_]());
+  identified_ = inputReportBuffer_ != nullptr;
+}
+
+void cHidChannel::ReadSerialNumber() {
+  platform::HidHandle device = MainHandle();
+  std::u16string serial;
+  if (!device || !device->GetSerialNumber(serial)) return;
+  std::string narrowed;
+  for (char16_t unit : serial) {
+    const auto low = static_cast<char>(unit & 0xFF);
+    if (low == '\0' || narrowed.size() == kSerialNumberMaxChars) break;
+    narrowed.push_back(low);
+  }
+  serialNumber_ = std::move(narrowed);
+}
+
+void cHidChannel::ReleaseIdentification() {
+  {
+    std::lock_guard hold(handleMutex_);
+    deviceHandle_.reset();
+  }
+  std::lock_guard hold(identityMutex_);
+  identified_ = false;
+  inputReportBuffer_.reset();
+  inputBufferLength_ = 0;
+}
+
+bool cHidChannel::Identified() const {
+  std::lock_guard hold(identityMutex_);
+  return identified_;
+}
+
+platform::HidCaps cHidChannel::Caps() const {
+  std::lock_guard hold(identityMutex_);
+  return caps_;
+}
+
+platform::HidAttributes cHidChannel::Attributes() const {
+  std::lock_guard hold(identityMutex_);
+  return attributes_;
+}
+
+platform::HidHandle cHidChannel::MainHandle() {
+  std::lock_guard hold(handleMutex_);
+  return deviceHandle_;
+}
+
+int cHidChannel::StartThreads() {
+  if (readerThread_.joinable() || writerThread_.joinable()) StopThreads();
+  stopThreads_ = 0;
+
+  // The handle of the identification (or of the previous run) is replaced by a
+  // fresh one: a device that comes back is a new handle for the OS.
+  {
+    std::lock_guard hold(handleMutex_);
+    deviceHandle_.reset();
+  }
+  platform::HidHandle device = platform::OpenDevice(devicePath_.c_str(), platform::OpenMode::Overlapped);
+  {
+    std::lock_guard hold(handleMutex_);
+    deviceHandle_ = device;
+  }
+  // A device that could not be identified when its object was opened gets
+  // another chance each time it comes back.
+  if (device && !Identified()) Identify(*device);
+
+  readCancel_ = platform::CreateReadCancel();
+  writeSemaphore_.Reset();
+  readerThread_ = std::thread(&cHidChannel::ReaderLoop, this, device, readCancel_);
+  if (config_.writer != WriterVariant::None) writerThread_ = std::thread(&cHidChannel::WriterLoop, this);
+  return 1;
+}
+
+int cHidChannel::StopThreads() {
+  stopThreads_ = 1;
+  if (readCancel_) readCancel_->Signal();
+  writeSemaphore_.Release();
+  if (readerThread_.joinable()) readerThread_.join();
+  if (writerThread_.joinable()) writerThread_.join();
+  readCancel_.reset();
+  std::lock_guard hold(handleMutex_);
+  deviceHandle_.reset();
+  return 1;
+}
+
+void cHidChannel::ReaderLoop(platform::HidHandle device, std::shared_ptr<platform::ReadCancel> cancel) {
+  uint8_t* buffer = nullptr;
+  uint32_t readLength = 0;
+  {
+    std::lock_guard hold(identityMutex_);
+    if (identified_) {
+      buffer = inputReportBuffer_.get();
+      readLength = caps_.inputReportByteLength;
+    }
+  }
+  if (!device || buffer == nullptr || readLength == 0) {
+    // Nothing can be read from this device: wait for the stop.
+    while (!cancel->WaitFor(std::chrono::hours(1))) {
+    }
+    return;
+  }
+
+  while (stopThreads_ == 0) {
+    uint32_t bytesRead = 0;
+    const platform::ReadStatus status = device->ReadInput(buffer, readLength, bytesRead, *cancel);
+    if (status == platform::ReadStatus::Completed) {
+      if (stopThreads_ != 0) break;
+      bytesRead = std::min(bytesRead, readLength);
+      std::fill(buffer + bytesRead, buffer + inputBufferLength_, uint8_t{0});
+      DeliverInput(buffer, bytesRead);
+    } else if (status == platform::ReadStatus::Failed) {
+      cancel->WaitFor(kFailedReadPause);
+    }
+    if (config_.readerPause.count() > 0) cancel->WaitFor(config_.readerPause);
+  }
+}
+
+bool cHidChannel::QueueReport(ReportBytes report, uint32_t length, ReportKind kind) {
+  std::unique_ptr<QueueEntry> entry(new (std::nothrow) QueueEntry{length, std::move(report), kind});
+  if (!entry) return false;
+  // Count and append are two steps: racing host threads may each pass the test,
+  // so the queue can briefly hold a few entries past the limit.
+  if (outputQueue_.Count() >= config_.queueLimit) return false;
+  if (outputQueue_.PushBack(entry.get()) == 0) return false;
+  entry.release();
+  writeSemaphore_.Release();
+  return true;
+}
+
+int32_t cHidChannel::ReadFeatureByte(uint8_t reportId, uint8_t& value) {
+  ReportBytes report = AllocateReport(kFeatureByteReportLength);
+  if (!report) return PELM_ERR_NOMEM;
+  report[0] = reportId;
+  platform::HidHandle device = MainHandle();
+  if (!device || !device->GetFeature(report.get(), kFeatureByteReportLength)) return PELM_ERR_IO;
+  value = report[1];
+  return PELM_SUCCESS;
+}
+
+}  // namespace pelm

@@ -1,0 +1,93 @@
+#include "channel/report_queue.h"
+
+#include <new>
+
+namespace pelm {
+
+cReportQueue::~cReportQueue() { Destroy(); }
+
+void cReportQueue::Create() {
+  head_ = nullptr;
+  tail_ = nullptr;
+  lock_.reset(new (std::nothrow) std::recursive_mutex);
+}
+
+void cReportQueue::Destroy() {
+  if (!lock_) return;
+  {
+    std::lock_guard hold(*lock_);
+    for (Node* node = head_; node != nullptr;) {
+      Node* next = node->next;
+      delete node;
+      node = next;
+    }
+    head_ = nullptr;
+    tail_ = nullptr;
+  }
+  lock_.reset();
+}
+
+uint32_t cReportQueue::CountLocked() const {
+  uint32_t count = 0;
+  for (const Node* node = head_; node != nullptr; node = node->next) ++count;
+  return count;
+}
+
+uint32_t cReportQueue::PushBack(QueueEntry* entry) {
+  if (!lock_) return 0;
+  std::lock_guard hold(*lock_);
+  const uint32_t before = Count();
+  Node* node = new (std::nothrow) Node{entry, nullptr, tail_};
+  if (node == nullptr) return 0;
+  if (tail_ == nullptr) {
+    head_ = node;
+  } else {
+    tail_->next = node;
+  }
+  tail_ = node;
+  return before + 1;
+}
+
+uint32_t cReportQueue::PushFront(QueueEntry* entry) {
+  if (!lock_) return 0;
+  std::lock_guard hold(*lock_);
+  Node* node = new (std::nothrow) Node{entry, head_, nullptr};
+  if (node == nullptr) return 0;
+  if (head_ == nullptr) {
+    tail_ = node;
+  } else {
+    head_->prev = node;
+  }
+  head_ = node;
+  return 1;
+}
+
+QueueEntry* cReportQueue::PopFront() {
+  if (!lock_) return nullptr;
+  std::lock_guard hold(*lock_);
+  Node* node = head_;
+  if (node == nullptr) return nullptr;
+  QueueEntry* entry = node->entry;
+  head_ = node->next;
+  if (head_ == nullptr) {
+    tail_ = nullptr;
+  } else {
+    head_->prev = nullptr;
+  }
+  delete node;
+  return entry;
+}
+
+uint32_t cReportQueue::Count() {
+  if (!lock_) return 0;
+  std::lock_guard hold(*lock_);
+  return CountLocked();
+}
+
+bool cReportQueue::IsEmpty() {
+  if (!lock_) return true;
+  std::lock_guard hold(*lock_);
+  return CountLocked() == 0;
+}
+
+}  // namespace pelm

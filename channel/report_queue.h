@@ -1,0 +1,53 @@
+#pragma once
+// The output report queue of one device: a doubly linked list of pending
+// entries under a recursive lock. Host threads append through the channel's
+// QueueReport; the device's writer thread takes entries from the head and puts
+// back at the head a report whose send failed. The queue never looks inside an
+// entry and never releases one: entries belong to the channel.
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+
+#include "channel/report.h"
+
+namespace pelm {
+
+class cReportQueue {
+ public:
+  cReportQueue() = default;
+  ~cReportQueue();
+  cReportQueue(const cReportQueue&) = delete;
+  cReportQueue& operator=(const cReportQueue&) = delete;
+
+  // Makes the queue empty and gives it its lock. Without a lock (never created,
+  // destroyed, or out of memory) the queue acts as empty and refuses entries.
+  void Create();
+  // Releases the nodes (not the entries) and the lock.
+  void Destroy();
+
+  // The number of entries after the append, or 0 when nothing was appended.
+  uint32_t PushBack(QueueEntry* entry);
+  // 1 when the entry was inserted at the head, else 0.
+  uint32_t PushFront(QueueEntry* entry);
+  // The head entry, removed from the queue; null when empty.
+  QueueEntry* PopFront();
+  uint32_t Count();
+  bool IsEmpty();
+
+ private:
+  struct Node {
+    QueueEntry* entry;
+    Node* next;
+    Node* prev;
+  };
+
+  uint32_t CountLocked() const;
+
+  Node* head_ = nullptr;
+  Node* tail_ = nullptr;
+  // Recursive: PushBack counts the list under its own hold.
+  std::unique_ptr<std::recursive_mutex> lock_;
+};
+
+}  // namespace pelm

@@ -1,0 +1,44 @@
+#include "platform/sim/panel.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace pelm::sim {
+
+bool GenericPanel::AnswerFeature(uint8_t* report, uint32_t length) {
+  std::lock_guard hold(mutex_);
+  const std::optional<Report>& stored = features_[report[0]];
+  std::fill(report + 1, report + length, uint8_t{0});
+  const std::size_t answered = stored ? std::min<std::size_t>(length, stored->size()) : 0;
+  if (answered > 1) std::memcpy(report + 1, stored->data() + 1, answered - 1);
+  return true;
+}
+
+void GenericPanel::ReceiveFeature(const uint8_t* report, uint32_t length) {
+  std::lock_guard hold(mutex_);
+  features_[report[0]] = Report(report, report + length);
+}
+
+void GenericPanel::ReceiveOutput(const uint8_t* report, uint32_t length) {
+  std::lock_guard hold(mutex_);
+  lastOutput_ = Report(report, report + length);
+}
+
+void GenericPanel::SetFeatureAnswer(const Report& report) {
+  std::lock_guard hold(mutex_);
+  if (!report.empty()) features_[report[0]] = report;
+}
+
+std::optional<Report> GenericPanel::LastFeature(uint8_t reportId) const {
+  std::lock_guard hold(mutex_);
+  return features_[reportId];
+}
+
+std::optional<Report> GenericPanel::LastOutput() const {
+  std::lock_guard hold(mutex_);
+  return lastOutput_;
+}
+
+std::unique_ptr<Panel> MakePanel(uint16_t) { return std::make_unique<GenericPanel>(); }
+
+}  // namespace pelm::sim

@@ -1,0 +1,228 @@
+#include "platform/sim/sim_bus.h"
+
+#include <algorithm>
+#include <thread>
+
+namespace pelm::sim {
+
+SimDevice::SimDevice(DeviceSpec spec, std::unique_ptr<Panel> panel)
+    : spec_(std::move(spec)), panel_(std::move(panel)) {}
+
+bool SimDevice::Present() const {
+  std::lock_guard hold(mutex_);
+  return present_;
+}
+
+void SimDevice::InjectInput(const Report& report) {
+  {
+    std::lock_guard hold(mutex_);
+    if (input_.size() == kInputBufferDepth) input_.pop_front();
+    input_.push_back(report);
+  }
+  changed_.notify_all();
+}
+
+std::vector<LogEntry> SimDevice::Log() const {
+  std::lock_guard hold(mutex_);
+  return log_;
+}
+
+std::vector<LogEntry> SimDevice::LogOf(LogOp op) const {
+  std::lock_guard hold(mutex_);
+  std::vector<LogEntry> entries;
+  std::copy_if(log_.begin(), log_.end(), std::back_inserter(entries),
+               [op](const LogEntry& entry) { return entry.op == op; });
+  return entries;
+}
+
+std::size_t SimDevice::CountOf(LogOp op) const {
+  std::lock_guard hold(mutex_);
+  return static_cast<std::size_t>(
+      std::count_if(log_.begin(), log_.end(), [op](const LogEntry& entry) { return entry.op == op; }));
+}
+
+void SimDevice::ClearLog() {
+  std::lock_guard hold(mutex_);
+  log_.clear();
+}
+
+bool SimDevice::WaitForLog(const std::function<bool(const std::vector<LogEntry>&)>& predicate,
+                           std::chrono::milliseconds timeout) const {
+  std::unique_lock hold(mutex_);
+  return changed_.wait_for(hold, timeout, [&] { return predicate(log_); });
+}
+
+int SimDevice::OpenHandles() const {
+  std::lock_guard hold(mutex_);
+  return openHandles_;
+}
+
+void SimDevice::FailOpens(bool fail) {
+  std::lock_guard hold(mutex_);
+  failOpens_ = fail;
+}
+
+void SimDevice::FailNextSends(int count) {
+  std::lock_guard hold(mutex_);
+  failSends_ = count;
+}
+
+void SimDevice::FailFeatureReads(bool fail) {
+  std::lock_guard hold(mutex_);
+  failFeatureReads_ = fail;
+}
+
+void SimDevice::SetOperationDelay(std::chrono::milliseconds delay) {
+  std::lock_guard hold(mutex_);
+  delay_ = delay;
+}
+
+void SimDevice::Record(LogOp op, uint64_t handleId, platform::OpenMode mode, Report bytes, bool succeeded) {
+  {
+    std::lock_guard hold(mutex_);
+    log_.push_back(LogEntry{op, handleId, mode, std::move(bytes), succeeded, std::chrono::steady_clock::now()});
+  }
+  changed_.notify_all();
+}
+
+void SimDevice::Delay() const {
+  std::chrono::milliseconds delay;
+  {
+    std::lock_guard hold(mutex_);
+    delay = delay_;
+  }
+  if (delay.count() > 0) std::this_thread::sleep_for(delay);
+}
+
+bool SimDevice::ConsumeSendFailure() {
+  std::lock_guard hold(mutex_);
+  if (failSends_ <= 0) return false;
+  --failSends_;
+  return true;
+}
+
+void SimDevice::WakeReaders() {
+  // Taking the mutex orders the wake-up after a reader's test of its predicate.
+  { std::lock_guard hold(mutex_); }
+  changed_.notify_all();
+}
+
+Bus& Bus::Instance() {
+  // Never destroyed: reader threads of a host that never called Terminate may
+  // still use it while the process exits.
+  static Bus* bus = new Bus;
+  return *bus;
+}
+
+std::shared_ptr<SimDevice> Bus::Plug(const DeviceSpec& spec, bool notify) {
+  std::shared_ptr<SimDevice> device;
+  {
+    std::lock_guard hold(mutex_);
+    for (const auto& known : devices_) {
+      if (known->spec_.path == spec.path) device = known;
+    }
+    if (!device) {
+      device.reset(new SimDevice(spec, MakePanel(spec.productId)));
+      devices_.push_back(device);
+    }
+    std::erase(presentOrder_, spec.path);
+    presentOrder_.push_back(spec.path);
+  }
+  {
+    std::lock_guard hold(device->mutex_);
+    device->present_ = true;
+    ++device->generation_;
+  }
+  if (notify) Notify(platform::DeviceEvent::Arrival, spec.path);
+  return device;
+}
+
+void Bus::Unplug(const std::string& path, bool notify) {
+  std::shared_ptr<SimDevice> device = Find(path);
+  if (!device) return;
+  {
+    std::lock_guard hold(mutex_);
+    std::erase(presentOrder_, path);
+  }
+  {
+    std::lock_guard hold(device->mutex_);
+    device->present_ = false;
+    device->input_.clear();
+  }
+  device->changed_.notify_all();
+  if (notify) Notify(platform::DeviceEvent::Removal, path);
+}
+
+std::shared_ptr<SimDevice> Bus::Find(const std::string& path) const {
+  std::lock_guard hold(mutex_);
+  for (const auto& device : devices_) {
+    if (device->spec_.path == path) return device;
+  }
+  return nullptr;
+}
+
+void Bus::Reset() {
+  std::vector<std::shared_ptr<SimDevice>> devices;
+  {
+    std::lock_guard hold(mutex_);
+    devices.swap(devices_);
+    presentOrder_.clear();
+    failListing_ = false;
+    failListSteps_ = 0;
+  }
+  for (const auto& device : devices) {
+    {
+      std::lock_guard hold(device->mutex_);
+      device->present_ = false;
+    }
+    device->changed_.notify_all();
+  }
+}
+
+void Bus::FailListing(bool fail) {
+  std::lock_guard hold(mutex_);
+  failListing_ = fail;
+}
+
+void Bus::FailNextListSteps(int count) {
+  std::lock_guard hold(mutex_);
+  failListSteps_ = count;
+}
+
+std::vector<std::string> Bus::PresentPaths() const {
+  std::lock_guard hold(mutex_);
+  return presentOrder_;
+}
+
+bool Bus::ListingFails() const {
+  std::lock_guard hold(mutex_);
+  return failListing_;
+}
+
+bool Bus::ConsumeListStepFailure() {
+  std::lock_guard hold(mutex_);
+  if (failListSteps_ <= 0) return false;
+  --failListSteps_;
+  return true;
+}
+
+void Bus::AttachNotifier(const std::function<void(platform::DeviceEvent, const std::string&)>& post) {
+  std::lock_guard hold(mutex_);
+  notifier_ = post;
+}
+
+void Bus::DetachNotifier() {
+  std::lock_guard hold(mutex_);
+  notifier_ = nullptr;
+}
+
+void Bus::Notify(platform::DeviceEvent event, const std::string& path) {
+  std::function<void(platform::DeviceEvent, const std::string&)> post;
+  {
+    std::lock_guard hold(mutex_);
+    post = notifier_;
+  }
+  if (post) post(event, path);
+}
+
+}  // namespace pelm::sim

@@ -1,0 +1,147 @@
+#pragma once
+// The simulated HID bus: the hardware of the test suite, the demo and the
+// benchmarks. Devices are plugged and unplugged by the caller; the library sees
+// them through the ordinary platform interface. Every open, close and transfer
+// is logged, and faults can be injected per device.
+//
+// This is a C++ interface for tests and tools; it is not exported from the
+// shared library.
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "platform/platform.h"
+#include "platform/sim/panel.h"
+
+namespace pelm::sim {
+
+struct DeviceSpec {
+  std::string path;
+  uint16_t vendorId = 0;
+  uint16_t productId = 0;
+  uint16_t versionNumber = 0x0100;
+  std::u16string serialNumber;
+  platform::HidCaps caps;
+};
+
+enum class LogOp { Open, OpenFailed, Close, GetFeature, SetFeature, WriteOutput };
+
+struct LogEntry {
+  LogOp op;
+  uint64_t handleId;  // 0 for a failed open
+  platform::OpenMode mode;
+  Report bytes;       // the report as the library passed it (empty for open and close)
+  bool succeeded;
+  std::chrono::steady_clock::time_point time;
+};
+
+class Bus;
+
+// One simulated device. It keeps its log and faults across unplug and replug.
+class SimDevice {
+ public:
+  const DeviceSpec& Spec() const { return spec_; }
+  Panel& PanelBehaviour() { return *panel_; }
+  template <class PanelType>
+  PanelType& PanelAs() { return static_cast<PanelType&>(*panel_); }
+  bool Present() const;
+
+  // Queues an input report (byte 0 is the report ID) for the reader. Like a
+  // HID driver, the device buffers at most kInputBufferDepth unread reports and
+  // drops the oldest beyond that.
+  void InjectInput(const Report& report);
+  static constexpr std::size_t kInputBufferDepth = 32;
+
+  std::vector<LogEntry> Log() const;
+  // Logged entries of one kind, in order.
+  std::vector<LogEntry> LogOf(LogOp op) const;
+  std::size_t CountOf(LogOp op) const;
+  void ClearLog();
+  // Waits (bounded) until `predicate` holds for the log; true if it did.
+  bool WaitForLog(const std::function<bool(const std::vector<LogEntry>&)>& predicate,
+                  std::chrono::milliseconds timeout = std::chrono::seconds(5)) const;
+  // Number of handles open now.
+  int OpenHandles() const;
+
+  // Faults.
+  void FailOpens(bool fail);
+  void FailNextSends(int count);  // feature sets and output writes
+  void FailFeatureReads(bool fail);
+  void SetOperationDelay(std::chrono::milliseconds delay);
+
+ private:
+  friend class Bus;
+  friend class SimHidDevice;
+  friend class SimReadCancel;
+  friend platform::HidHandle platform::OpenDevice(const char* path, platform::OpenMode mode);
+  SimDevice(DeviceSpec spec, std::unique_ptr<Panel> panel);
+
+  void Record(LogOp op, uint64_t handleId, platform::OpenMode mode, Report bytes, bool succeeded);
+  void Delay() const;
+  bool ConsumeSendFailure();
+  void WakeReaders();
+
+  const DeviceSpec spec_;
+  const std::unique_ptr<Panel> panel_;
+
+  mutable std::mutex mutex_;
+  mutable std::condition_variable changed_;  // input, presence, log
+  uint64_t generation_ = 0;                  // bumped at every plug; handles of an older one are dead
+  bool present_ = false;
+  std::deque<Report> input_;
+  std::vector<LogEntry> log_;
+  int openHandles_ = 0;
+  bool failOpens_ = false;
+  int failSends_ = 0;
+  bool failFeatureReads_ = false;
+  std::chrono::milliseconds delay_{0};
+};
+
+class Bus {
+ public:
+  static Bus& Instance();
+
+  // Makes a device present (a new one, or the one that had this path before,
+  // which keeps its log and panel state) and tells the notifier.
+  std::shared_ptr<SimDevice> Plug(const DeviceSpec& spec, bool notify = true);
+  // Makes the device absent: its handles fail from now on, a pending read ends
+  // with a failure, and the notifier hears of the removal.
+  void Unplug(const std::string& path, bool notify = true);
+  std::shared_ptr<SimDevice> Find(const std::string& path) const;
+  // Forgets every device and fault (between tests).
+  void Reset();
+
+  // Enumeration faults: the list cannot be obtained, or the next `count` steps fail.
+  void FailListing(bool fail);
+  void FailNextListSteps(int count);
+
+  // Paths present now, in plug order.
+  std::vector<std::string> PresentPaths() const;
+
+  // Used by the platform functions of the simulated backend.
+  bool ListingFails() const;
+  bool ConsumeListStepFailure();
+  void AttachNotifier(const std::function<void(platform::DeviceEvent, const std::string&)>& post);
+  void DetachNotifier();
+
+ private:
+  Bus() = default;
+  void Notify(platform::DeviceEvent event, const std::string& path);
+
+  mutable std::mutex mutex_;
+  std::vector<std::shared_ptr<SimDevice>> devices_;  // plug order of first plug
+  std::vector<std::string> presentOrder_;
+  bool failListing_ = false;
+  int failListSteps_ = 0;
+  std::function<void(platform::DeviceEvent, const std::string&)> notifier_;
+};
+
+}  // namespace pelm::sim

@@ -1,0 +1,191 @@
+// The device channel over the simulated bus: open, identification, the reader,
+// stop and restart.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+#include "support/sim_fixture.h"
+#include "support/test_record.h"
+
+namespace pelm::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+class DeviceChannelTest : public SimTest {};
+
+TEST_F(DeviceChannelTest, OpenIdentifiesTheDeviceAndMakesTheOpenTimeRead) {
+  sim::DeviceSpec spec = PanelSpec(kTestProductId, 1, {5, 7, 9});
+  spec.versionNumber = 0x0123;
+  spec.serialNumber = u"AB12";
+  auto device = bus().Plug(spec);
+  device->PanelAs<sim::GenericPanel>().SetFeatureAnswer({kTestOpenReportId, 0x11, 0x22, 0x33});
+
+  RecordPtr record = OpenTestRecord(spec.path, TestParams(WriterVariant::Direct, /*readsSerial=*/true));
+
+  EXPECT_EQ(record->DevicePath(), UpperCasePath(spec.path.c_str()));
+  EXPECT_NE(record->DevicePath(), spec.path);
+  EXPECT_TRUE(record->Identified());
+  EXPECT_EQ(record->Caps().inputReportByteLength, 5);
+  EXPECT_EQ(record->Caps().featureReportByteLength, 9);
+  EXPECT_EQ(record->Attributes().versionNumber, 0x0123);
+  EXPECT_EQ(record->SerialNumber(), "AB12");
+  EXPECT_EQ(record->OpenTimeReport(), (std::vector<uint8_t>{kTestOpenReportId, 0x11, 0x22, 0x33}));
+  EXPECT_EQ(record->defaultsApplied, 1);
+  EXPECT_EQ(record->deviceIndex, kUnplacedDeviceIndex);
+}
+
+TEST_F(DeviceChannelTest, SerialNumbersAreNarrowedToTheLowBytesAndCut) {
+  struct Case {
+    std::u16string reported;
+    std::string kept;
+  };
+  const Case cases[] = {
+      {u"\u4142\u0031", "B1"},                      // low byte of each unit
+      {u"AB\u0100CD", "AB"},                        // a unit whose low byte is 0 ends it
+      {std::u16string(40, u'x'), std::string(32, 'x')},  // at most 32 characters
+  };
+  int instance = 0;
+  for (const Case& c : cases) {
+    sim::DeviceSpec spec = PanelSpec(kTestProductId, ++instance);
+    spec.serialNumber = c.reported;
+    bus().Plug(spec);
+    RecordPtr record = OpenTestRecord(spec.path, TestParams(WriterVariant::Direct, true));
+    EXPECT_EQ(record->SerialNumber(), c.kept);
+  }
+}
+
+TEST_F(DeviceChannelTest, ModelsThatDoNotReadTheSerialKeepItEmpty) {
+  sim::DeviceSpec spec = PanelSpec(kTestProductId, 1);
+  spec.serialNumber = u"XYZ";
+  bus().Plug(spec);
+  RecordPtr record = OpenTestRecord(spec.path, TestParams(WriterVariant::Direct, false));
+  EXPECT_EQ(record->SerialNumber(), "");
+}
+
+TEST_F(DeviceChannelTest, ADeviceThatCannotBeOpenedStillYieldsARunningRecord) {
+  auto device = bus().Plug(PanelSpec(kTestProductId, 1));
+  device->FailOpens(true);
+  RecordPtr record = OpenTestRecord(device->Spec().path, TestParams(WriterVariant::Retrying));
+  EXPECT_FALSE(record->Identified());
+  EXPECT_TRUE(record->OpenTimeReport().empty());
+  EXPECT_EQ(record->defaultsApplied, 1);
+  EXPECT_EQ(device->CountOf(sim::LogOp::GetFeature), 0u);
+  // Its operations fail without touching memory; stop and close are clean.
+  uint8_t value = 0x5A;
+  EXPECT_EQ(record->ReadFeatureByte(2, value), PELM_ERR_IO);
+  EXPECT_EQ(value, 0x5A);
+}
+
+TEST_F(DeviceChannelTest, ARecordIdentifiesItsDeviceWhenItComesBack) {
+  auto device = bus().Plug(PanelSpec(kTestProductId, 1));
+  device->FailOpens(true);
+  RecordPtr record = OpenTestRecord(device->Spec().path, TestParams(WriterVariant::Direct));
+  record->StopThreads();
+  device->FailOpens(false);
+  record->StartThreads();
+  EXPECT_TRUE(record->Identified());
+  device->InjectInput({0, 7});
+  EXPECT_TRUE(WaitUntil([&] { return record->Inputs().size() == 1; }));
+}
+
+TEST_F(DeviceChannelTest, InputReportsReachTheHookInOrder) {
+  auto device = bus().Plug(PanelSpec(kTestProductId, 1));
+  RecordPtr record = OpenTestRecord(device->Spec().path, TestParams(WriterVariant::Direct));
+  device->InjectInput({0, 1, 2, 3, 4, 5, 6, 7});
+  device->InjectInput({0, 9, 9, 9, 9, 9, 9, 9});
+  ASSERT_TRUE(WaitUntil([&] { return record->Inputs().size() == 2; }));
+  EXPECT_EQ(record->Inputs()[0], (std::vector<uint8_t>{0, 1, 2, 3, 4, 5, 6, 7}));
+  EXPECT_EQ(record->Inputs()[1], (std::vector<uint8_t>{0, 9, 9, 9, 9, 9, 9, 9}));
+}
+
+TEST_F(DeviceChannelTest, AShortInputReportIsNeverParsedPastTheBuffer) {
+  // The device's input reports are 3 bytes; the model reads 8.
+  auto device = bus().Plug(PanelSpec(kTestProductId, 1, {3, 0, 0}));
+  RecordPtr record = OpenTestRecord(device->Spec().path, TestParams(WriterVariant::Direct));
+  device->InjectInput({0, 0xAA, 0xBB, 0xCC, 0xDD});  // longer than the device's length
+  device->InjectInput({0, 0x11});                    // shorter than it
+  ASSERT_TRUE(WaitUntil([&] { return record->Inputs().size() == 2; }));
+  EXPECT_EQ(record->Inputs()[0], (std::vector<uint8_t>{0, 0xAA, 0xBB, 0, 0, 0, 0, 0}));
+  EXPECT_EQ(record->Inputs()[1], (std::vector<uint8_t>{0, 0x11, 0, 0, 0, 0, 0, 0}));
+}
+
+TEST_F(DeviceChannelTest, StopEndsAnIdleReaderPromptly) {
+  auto device = bus().Plug(PanelSpec(kTestProductId, 1));
+  RecordPtr record = OpenTestRecord(device->Spec().path, TestParams(WriterVariant::Retrying));
+  const auto start = std::chrono::steady_clock::now();
+  record->StopThreads();
+  // Bounded: the reader's pending read is cancelled, not waited out.
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 2s);
+  EXPECT_EQ(record->MainHandle(), nullptr);
+  EXPECT_EQ(device->OpenHandles(), 0);
+}
+
+TEST_F(DeviceChannelTest, ADeviceThatVanishesMidReadLeavesTheReaderStoppable) {
+  auto device = bus().Plug(PanelSpec(kTestProductId, 1));
+  RecordPtr record = OpenTestRecord(device->Spec().path, TestParams(WriterVariant::Direct));
+  bus().Unplug(device->Spec().path, /*notify=*/false);
+  // The reader's reads now fail; nothing is delivered and stop still works.
+  uint8_t value = 0;
+  EXPECT_EQ(record->ReadFeatureByte(2, value), PELM_ERR_IO);
+  record->StopThreads();
+  EXPECT_TRUE(record->Inputs().empty());
+}
+
+TEST_F(DeviceChannelTest, RestartOpensAFreshHandleAndKeepsTheRecord) {
+  auto device = bus().Plug(PanelSpec(kTestProductId, 1));
+  RecordPtr record = OpenTestRecord(device->Spec().path, TestParams(WriterVariant::Direct, true));
+  const platform::HidHandle first = record->MainHandle();
+  bus().Unplug(device->Spec().path, false);
+  record->StopThreads();
+  bus().Plug(device->Spec(), false);
+  const std::size_t opensBefore = device->CountOf(sim::LogOp::Open);
+  record->StartThreads();
+  EXPECT_EQ(device->CountOf(sim::LogOp::Open), opensBefore + 1);
+  EXPECT_NE(record->MainHandle(), first);
+  // The open-time read is not made again.
+  EXPECT_EQ(device->CountOf(sim::LogOp::GetFeature), 1u);
+  device->InjectInput({0, 3});
+  EXPECT_TRUE(WaitUntil([&] { return record->Inputs().size() == 1; }));
+}
+
+TEST_F(DeviceChannelTest, PathsTooLongForTheRecordAreRefused) {
+  struct LongPathRecord : TestRecord {
+    explicit LongPathRecord(const char* path) : TestRecord(path, TestParams(WriterVariant::Direct)) {}
+  };
+  const std::string longest(kMaxDevicePathLength, 'p');
+  const std::string tooLong(kMaxDevicePathLength + 1, 'p');
+  EXPECT_EQ(CreateRecord<LongPathRecord>(tooLong.c_str()), nullptr);
+  LongPathRecord* accepted = CreateRecord<LongPathRecord>(longest.c_str());
+  ASSERT_NE(accepted, nullptr);
+  accepted->Close();
+  delete accepted;
+}
+
+TEST_F(DeviceChannelTest, ThousandStartStopCyclesWithTrafficLeakNothing) {
+  auto device = bus().Plug(PanelSpec(kTestProductId, 1));
+  RecordPtr record = OpenTestRecord(device->Spec().path, TestParams(WriterVariant::Retrying));
+  std::atomic<bool> done{false};
+  std::thread traffic([&] {
+    while (!done) device->InjectInput({0, 1, 2});
+  });
+  for (int cycle = 0; cycle < 1000; ++cycle) {
+    record->BuildAndQueue(2, ReportKind::Feature, [cycle](uint8_t* report) {
+      report[0] = 3;
+      report[1] = static_cast<uint8_t>(cycle);
+    });
+    record->StopThreads();
+    record->StartThreads();
+  }
+  done = true;
+  traffic.join();
+  record->StopThreads();
+  EXPECT_EQ(record->PendingReports(), 0u);
+  EXPECT_EQ(device->OpenHandles(), 0);
+  EXPECT_FALSE(record->Inputs().empty());
+}
+
+}  // namespace
+}  // namespace pelm::test
