@@ -89,6 +89,12 @@ class cHidChannel {
   // byte 1: PELM_SUCCESS, PELM_ERR_NOMEM or PELM_ERR_IO (value untouched).
   int32_t ReadFeatureByte(uint8_t reportId, uint8_t& value);
 
+  // The getter of a cached byte that the device reports in a two-byte feature
+  // report: refreshes `cache` and writes it, widened, to `out`. PELM_ERR_PARAM
+  // for a null `out`; on failure neither is changed.
+  template <class Out>
+  int32_t ReadFeatureInto(uint8_t reportId, std::atomic<uint8_t>& cache, Out* out);
+
   // Builds a zero-filled report of `length` bytes, lets `fill` write it and
   // queues it: PELM_SUCCESS, PELM_ERR_NOMEM or PELM_ERR_QUEUE.
   template <class Fill>
@@ -144,6 +150,18 @@ int32_t cHidChannel::BuildAndQueue(uint32_t length, ReportKind kind, Fill&& fill
   if (!report) return PELM_ERR_NOMEM;
   fill(report.get());
   return QueueReport(std::move(report), length, kind) ? PELM_SUCCESS : PELM_ERR_QUEUE;
+}
+
+template <class Out>
+int32_t cHidChannel::ReadFeatureInto(uint8_t reportId, std::atomic<uint8_t>& cache, Out* out) {
+  if (!IsConnected()) return PELM_ERR_NODEVICE;
+  if (out == nullptr) return PELM_ERR_PARAM;
+  uint8_t value = 0;
+  const int32_t status = ReadFeatureByte(reportId, value);
+  if (status != PELM_SUCCESS) return status;
+  cache = value;
+  *out = value;
+  return PELM_SUCCESS;
 }
 
 }  // namespace pelm

@@ -1,0 +1,103 @@
+#include "core/lifecycle.h"
+
+#include <array>
+#include <memory>
+#include <string>
+
+#include "channel/hid_channel.h"
+#include "core/callbacks.h"
+#include "core/device_objects.h"
+#include "core/slot_tables.h"
+
+namespace pelm::core {
+namespace {
+
+// An enumeration step that keeps failing is asked again this many times, then
+// its interface is skipped.
+constexpr int kEnumerationStepAttempts = 8;
+
+// Owned by the thread that calls Init and Terminate.
+std::unique_ptr<platform::DeviceNotifier> notifier;
+
+platform::InterfaceStep NextInterface(platform::InterfaceList& list, uint32_t index, std::string& path) {
+  platform::InterfaceStep step = platform::InterfaceStep::Failed;
+  for (int attempt = 0; attempt < kEnumerationStepAttempts; ++attempt) {
+    step = list.At(index, path);
+    if (step != platform::InterfaceStep::Failed) break;
+  }
+  return step;
+}
+
+// Creates the object for a recognised path and places it in the slot of the
+// model's placement counter; with the table full it is discarded.
+void PlaceAtInit(const ModelDescriptor& model, const char* path, int32_t& placed) {
+  cHidChannel* object = model.create(path);
+  if (object == nullptr) return;
+  if (placed >= model.slotCount) {
+    Discard(model, object);
+    return;
+  }
+  const int32_t index = placed++;
+  // A class-based object is connected before its Open, so that what its Open
+  // sends goes out; a record opened itself already.
+  object->deviceIndex = index;
+  object->connected = 1;
+  StoreSlot(model, index, object);
+  OpenPlacedObject(model, object);
+}
+
+}  // namespace
+
+bool Probe(const char* path, uint16_t productId) {
+  const platform::HidHandle device = platform::OpenDevice(path, platform::OpenMode::Overlapped);
+  if (!device) return false;
+  platform::HidAttributes attributes;
+  return device->GetAttributes(attributes) && attributes.vendorId == kVendorId &&
+         attributes.productId == productId;
+}
+
+const ModelDescriptor* ProbeModels(const char* path) {
+  for (const ModelDescriptor& model : ModelsInProbeOrder()) {
+    if (Probe(path, model.productId)) return &model;
+  }
+  return nullptr;
+}
+
+uint32_t Init(void* instance) {
+  Terminate();
+  if (instance != nullptr) notifier = platform::StartDeviceNotifier(instance, HandleDeviceEvent);
+
+  const std::unique_ptr<platform::InterfaceList> list = platform::ListHidInterfaces();
+  if (!list) return 0;
+  std::array<int32_t, kHighestTypeCode + 1> placed{};
+  std::string path;
+  for (uint32_t index = 0;; ++index) {
+    const platform::InterfaceStep step = NextInterface(*list, index, path);
+    if (step == platform::InterfaceStep::NoMoreItems) break;
+    if (step != platform::InterfaceStep::Found || path.size() > kMaxDevicePathLength) continue;
+    const ModelDescriptor* model = ProbeModels(path.c_str());
+    if (model == nullptr || model->create == nullptr) continue;
+    PlaceAtInit(*model, path.c_str(), placed[model->typeCode]);
+  }
+  return 0;
+}
+
+uint32_t Terminate() {
+  notifier.reset();
+  ClearCallbacks();
+  for (const ModelDescriptor& model : ModelsInProbeOrder()) {
+    for (int32_t index = 0; index < model.slotCount; ++index) {
+      cHidChannel* object = ReadSlot(model, index);
+      if (object == nullptr) continue;
+      ClearSlot(model, index);
+      CloseAndDestroy(model, object);
+    }
+  }
+  return 0;
+}
+
+int EventDescriptor() { return notifier ? notifier->EventDescriptor() : -1; }
+
+uint32_t DispatchEvents() { return notifier ? notifier->DispatchPending() : 0; }
+
+}  // namespace pelm::core

@@ -1,0 +1,95 @@
+/*
+ * The export table: one line per exported function (or pair of calling forms),
+ * with its contract. No include guard: pelm_dev.h includes it to declare the
+ * exports, the library includes it again to define them, and the build reads
+ * it to write the Windows module-definition file.
+ *
+ *   PELM_CORE_PAIR(ret, name, params, args)          name and name_stdcall, same behaviour
+ *   PELM_CORE_SINGLE(ret, form, name, params, args)  one function of one calling form
+ *   PELM_MODEL_COUNT(family)                         family_GetNumDevices, both forms
+ *   PELM_MODEL_OP(family, op, params, args)          family_op, both forms; device index first
+ *   *_DEFAULT_ONLY                                   the default form alone
+ *
+ * Model operations check the device index first: outside 0 to the model's slot
+ * count minus 1 they return PELM_ERR_INDEX, on an empty slot PELM_ERR_NODEVICE,
+ * without touching any output variable.
+ */
+
+/* ---- Library ---------------------------------------------------------- */
+
+/* Closes whatever a previous Init opened and forgets every callback, then opens
+ * every panel present. A non-null `instance` (the host's module instance) turns
+ * hot-plug notification on. Always 0; the GetNumDevices functions tell what was
+ * found. Register callbacks after Init. */
+PELM_CORE_PAIR(uint32_t, PelmDev_Init, (void* instance), (instance))
+/* Stops notification, forgets every callback and closes every device. Always 0. */
+PELM_CORE_PAIR(uint32_t, PelmDev_Terminate, (void), ())
+
+/* Connect callback: (model type, device index, PELM_EVENT_ARRIVAL or _REMOVAL)
+ * on the thread that called PelmDev_Init. 1 when stored; 0 for null (the
+ * registered one stays). Each form has its own slot; both are called, default
+ * form first. */
+PELM_CORE_SINGLE(uint32_t, PELM_CDECL, PelmDev_RegisterConnectCallback, (PelmConnectCallback callback), (callback))
+PELM_CORE_SINGLE(uint32_t, PELM_STDCALL, PelmDev_RegisterConnectCallback_stdcall,
+                 (PelmConnectCallbackStdcall callback), (callback))
+/* 1 when the own form's connect callback was set and is now cleared, else 0. */
+PELM_CORE_SINGLE(uint32_t, PELM_CDECL, PelmDev_UnregisterConnectCallback, (void), ())
+PELM_CORE_SINGLE(uint32_t, PELM_STDCALL, PelmDev_UnregisterConnectCallback_stdcall, (void), ())
+
+/* Input callback: (model type, device index, record) after every input report,
+ * on the device's reader thread, serialised across devices and processes by a
+ * named mutex; an event whose callback cannot start within 1000 ms is dropped.
+ * Registering one form replaces the other. 1 when stored; 0 for null or when
+ * the mutex cannot be created. */
+PELM_CORE_SINGLE(uint32_t, PELM_CDECL, PelmDev_RegisterInputCallback, (PelmInputCallback callback), (callback))
+PELM_CORE_SINGLE(uint32_t, PELM_STDCALL, PelmDev_RegisterInputCallback_stdcall,
+                 (PelmInputCallbackStdcall callback), (callback))
+/* 1 when the own form's input callback was set and is now cleared, else 0. */
+PELM_CORE_SINGLE(uint32_t, PELM_CDECL, PelmDev_UnregisterInputCallback, (void), ())
+PELM_CORE_SINGLE(uint32_t, PELM_STDCALL, PelmDev_UnregisterInputCallback_stdcall, (void), ())
+
+/* Wakeup callback: called every `intervalMs` milliseconds on the library's
+ * wakeup thread (default form first when both are set); the first call comes
+ * one interval after registration. 0 for a null callback or an interval of 0
+ * or -1; else 1. A later registration changes the shared interval from the
+ * next cycle on. */
+PELM_CORE_SINGLE(uint32_t, PELM_CDECL, PelmDev_RegisterWakeupCallback,
+                 (PelmWakeupCallback callback, int32_t intervalMs), (callback, intervalMs))
+PELM_CORE_SINGLE(uint32_t, PELM_STDCALL, PelmDev_RegisterWakeupCallback_stdcall,
+                 (PelmWakeupCallbackStdcall callback, int32_t intervalMs), (callback, intervalMs))
+/* Either form stops the wakeup calls of both forms when the thread next wakes;
+ * 1 when the own form's callback was set (it is cleared), else 0. */
+PELM_CORE_SINGLE(uint32_t, PELM_CDECL, PelmDev_UnregisterWakeupCallback, (void), ())
+PELM_CORE_SINGLE(uint32_t, PELM_STDCALL, PelmDev_UnregisterWakeupCallback_stdcall, (void), ())
+
+/* ---- Button panel (type 2) and toggle panel (type 3), 32 slots each --------- */
+
+PELM_MODEL_COUNT(PelmButtons)
+/* Writes the switch bit mask of the latest input report (or of the open-time
+ * read). No device transfer. PELM_ERR_PARAM for a null pointer. */
+PELM_MODEL_OP(PelmButtons, GetSwitchVals, (uint8_t* switches), (switches))
+/* Reads the indicator mask back from the device: PELM_ERR_IO when the read
+ * fails (the variable is then untouched). */
+PELM_MODEL_OP(PelmButtons, GetIndicators, (uint8_t* indicators), (indicators))
+/* Reads the brightness level back from the device. */
+PELM_MODEL_OP(PelmButtons, GetBrightness, (uint16_t* level), (level))
+/* Queues the indicator mask (low byte). PELM_ERR_QUEUE when 25 reports wait. */
+PELM_MODEL_OP(PelmButtons, SetIndicators, (uint32_t indicators), (indicators))
+/* Queues the brightness level (low four bits). PELM_SUCCESS without sending
+ * when the device is not connected. */
+PELM_MODEL_OP(PelmButtons, SetBrightness, (uint32_t level), (level))
+
+PELM_MODEL_COUNT(PelmToggles)
+PELM_MODEL_OP(PelmToggles, GetSwitchVals, (uint8_t* switches), (switches))
+PELM_MODEL_OP(PelmToggles, GetIndicators, (uint8_t* indicators), (indicators))
+PELM_MODEL_OP(PelmToggles, GetBrightness, (uint16_t* level), (level))
+PELM_MODEL_OP(PelmToggles, SetIndicators, (uint32_t indicators), (indicators))
+PELM_MODEL_OP(PelmToggles, SetBrightness, (uint32_t level), (level))
+
+/* ---- Engine-start module (type 17), 8 slots --------------------------------- */
+
+PELM_MODEL_COUNT(PelmEngineStart)
+/* Writes the positions of selectors 1 to 3, each only where its pointer is
+ * writable. Nothing is reset; no device transfer. */
+PELM_MODEL_OP(PelmEngineStart, GetControlVals, (uint8_t* selector1, uint8_t* selector2, uint8_t* selector3),
+              (selector1, selector2, selector3))

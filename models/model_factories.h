@@ -1,0 +1,44 @@
+#pragma once
+// How the model table creates each model's device object. A model whose file
+// has not been written yet has no factory, and its devices are not opened.
+
+#include "channel/device_record.h"
+#include "models/model_families.h"
+
+namespace pelm::factories {
+
+using Factory = cHidChannel* (*)(const char* path);
+
+// Function-based: creates and opens the record.
+template <class Record>
+cHidChannel* OpenRecord(const char* path) {
+  return CreateRecord<Record>(path);
+}
+
+// Class-based: constructs the object; the owner opens it once it is placed.
+template <class Device>
+cHidChannel* ConstructDevice(const char* path) {
+  if (std::char_traits<char>::length(path) > kMaxDevicePathLength) return nullptr;
+  return new (std::nothrow) Device(path);
+}
+
+inline constexpr Factory kAlpha = nullptr;
+inline constexpr Factory kAlpha2 = nullptr;
+inline constexpr Factory kButtons = OpenRecord<cPelmButtons>;
+inline constexpr Factory kKnobs = nullptr;
+inline constexpr Factory kWarning = nullptr;
+inline constexpr Factory kToggles = OpenRecord<cPelmToggles>;
+inline constexpr Factory kGear = nullptr;
+inline constexpr Factory kGear2 = nullptr;
+inline constexpr Factory kRadio = nullptr;
+inline constexpr Factory kAutopilot = nullptr;
+inline constexpr Factory kAutopilot2 = nullptr;
+inline constexpr Factory kMapCtl = nullptr;
+inline constexpr Factory kSquawk = nullptr;
+inline constexpr Factory kEngineCtl = nullptr;
+inline constexpr Factory kEngineStart = ConstructDevice<cPelmEngineStart>;
+inline constexpr Factory kKeypad = nullptr;
+inline constexpr Factory kThrottle = nullptr;
+inline constexpr Factory kIoBoard = nullptr;
+
+}  // namespace pelm::factories

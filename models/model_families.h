@@ -1,0 +1,14 @@
+#pragma once
+// Each export family's device type, by the family's name: the export layer
+// finds a family's model through these names.
+
+#include "models/engine_start.h"
+#include "models/switch_panels.h"
+
+namespace pelm::families {
+
+using PelmButtons = cPelmButtons;
+using PelmToggles = cPelmToggles;
+using PelmEngineStart = cPelmEngineStart;
+
+}  // namespace pelm::families
