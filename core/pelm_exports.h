@@ -93,3 +93,30 @@ PELM_MODEL_COUNT(PelmEngineStart)
  * writable. Nothing is reset; no device transfer. */
 PELM_MODEL_OP(PelmEngineStart, GetControlVals, (uint8_t* selector1, uint8_t* selector2, uint8_t* selector3),
               (selector1, selector2, selector3))
+
+/* ---- Radio panel (type 5), 16 slots ---------------------------------------- */
+
+PELM_MODEL_COUNT(PelmRadio)
+/* Writes the brightness level read back from the panel. PELM_ERR_IO when the
+ * read fails (the variable is then untouched); PELM_ERR_PARAM for a null pointer. */
+PELM_MODEL_OP(PelmRadio, GetBrightness, (uint16_t* level), (level))
+/* Writes the two dials' movement counts of the latest input report and sets
+ * them to 0, and the switch bits (which stay). A null or unwritable pointer is
+ * skipped, and its dial keeps its count. No device transfer. */
+PELM_MODEL_OP(PelmRadio, GetControlVals, (int16_t* dial1, int16_t* dial2, uint8_t* switches),
+              (dial1, dial2, switches))
+/* Writes the indicator bits read back from the panel; as GetBrightness. */
+PELM_MODEL_OP(PelmRadio, GetIndicators, (uint8_t* indicators), (indicators))
+/* Queues the brightness level (low four bits). PELM_SUCCESS without sending
+ * when the device is not connected; PELM_ERR_QUEUE when 25 reports wait. */
+PELM_MODEL_OP(PelmRadio, SetBrightness, (uint32_t level), (level))
+/* Queues the indicator bits (low byte). */
+PELM_MODEL_OP(PelmRadio, SetIndicators, (uint32_t indicators), (indicators))
+/* Queues six segment bytes for the left display, position 0 first. */
+PELM_MODEL_OP(PelmRadio, SetLDisplaySegments, (const uint8_t* segments), (segments))
+/* Draws the text on the left display's six positions, left to right; a point
+ * lights the point of the character before it. */
+PELM_MODEL_OP(PelmRadio, SetLDisplayText, (const char* text), (text))
+/* As SetLDisplaySegments and SetLDisplayText, for the right display. */
+PELM_MODEL_OP(PelmRadio, SetRDisplaySegments, (const uint8_t* segments), (segments))
+PELM_MODEL_OP(PelmRadio, SetRDisplayText, (const char* text), (text))

@@ -3,6 +3,7 @@
 // finds a family's model through these names.
 
 #include "models/engine_start.h"
+#include "models/radio_panel.h"
 #include "models/switch_panels.h"
 
 namespace pelm::families {
@@ -10,5 +11,6 @@ namespace pelm::families {
 using PelmButtons = cPelmButtons;
 using PelmToggles = cPelmToggles;
 using PelmEngineStart = cPelmEngineStart;
+using PelmRadio = cPelmRadio;
 
 }  // namespace pelm::families
