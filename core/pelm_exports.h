@@ -120,3 +120,39 @@ PELM_MODEL_OP(PelmRadio, SetLDisplayText, (const char* text), (text))
 /* As SetLDisplaySegments and SetLDisplayText, for the right display. */
 PELM_MODEL_OP(PelmRadio, SetRDisplaySegments, (const uint8_t* segments), (segments))
 PELM_MODEL_OP(PelmRadio, SetRDisplayText, (const char* text), (text))
+
+/* ---- Alphanumeric panel (type 1) and second alphanumeric panel (type 8),
+ *      16 slots each ---------------------------------------------------------- */
+
+PELM_MODEL_COUNT(PelmAlpha)
+/* Writes the two dials' movement counts of the latest input report and sets
+ * them to 0. A null or unwritable pointer is skipped, and its dial keeps its
+ * count. No device transfer. */
+PELM_MODEL_OP(PelmAlpha, GetDialVals, (int16_t* dial1, int16_t* dial2), (dial1, dial2))
+/* Draws the text on the four sixteen-segment characters, left to right. */
+PELM_MODEL_OP(PelmAlpha, SetAlpha, (const char* text), (text))
+/* Queues four sixteen-segment glyph codes, position 0 first. */
+PELM_MODEL_OP(PelmAlpha, SetAlphaSegments, (const uint16_t* glyphs), (glyphs))
+/* Queues the brightness level (low four bits). PELM_SUCCESS without sending
+ * when the device is not connected. */
+PELM_MODEL_OP(PelmAlpha, SetBrightness, (uint32_t level), (level))
+/* Draws the text on the numeric display, its first character on position 0
+ * (5 positions; 6 on the second panel). Only digits, space, "-", "[" and "]"
+ * are drawn; other characters leave their position blank. */
+PELM_MODEL_OP(PelmAlpha, SetNumeric, (const char* text), (text))
+/* Queues one segment byte per numeric position, position 0 first. PELM_SUCCESS
+ * without sending when the device is not connected. */
+PELM_MODEL_OP(PelmAlpha, SetNumericSegments, (const uint8_t* segments), (segments))
+
+PELM_MODEL_COUNT(PelmAlpha2)
+/* Writes the brightness level read back from the panel. PELM_ERR_IO when the
+ * read fails (the variable is then untouched); PELM_ERR_PARAM for a null pointer. */
+PELM_MODEL_OP(PelmAlpha2, GetBrightness, (uint16_t* level), (level))
+/* As PelmAlpha_GetDialVals, plus the switch bits, which stay. */
+PELM_MODEL_OP(PelmAlpha2, GetControlVals, (int16_t* dial1, int16_t* dial2, uint8_t* switches),
+              (dial1, dial2, switches))
+PELM_MODEL_OP(PelmAlpha2, SetAlpha, (const char* text), (text))
+PELM_MODEL_OP(PelmAlpha2, SetAlphaSegments, (const uint16_t* glyphs), (glyphs))
+PELM_MODEL_OP(PelmAlpha2, SetBrightness, (uint32_t level), (level))
+PELM_MODEL_OP(PelmAlpha2, SetNumeric, (const char* text), (text))
+PELM_MODEL_OP(PelmAlpha2, SetNumericSegments, (const uint8_t* segments), (segments))

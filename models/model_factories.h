@@ -22,8 +22,8 @@ cHidChannel* ConstructDevice(const char* path) {
   return new (std::nothrow) Device(path);
 }
 
-inline constexpr Factory kAlpha = nullptr;
-inline constexpr Factory kAlpha2 = nullptr;
+inline constexpr Factory kAlpha = OpenRecord<cPelmAlpha>;
+inline constexpr Factory kAlpha2 = OpenRecord<cPelmAlpha2>;
 inline constexpr Factory kButtons = OpenRecord<cPelmButtons>;
 inline constexpr Factory kKnobs = nullptr;
 inline constexpr Factory kWarning = nullptr;

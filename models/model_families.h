@@ -2,6 +2,7 @@
 // Each export family's device type, by the family's name: the export layer
 // finds a family's model through these names.
 
+#include "models/alpha_panels.h"
 #include "models/engine_start.h"
 #include "models/radio_panel.h"
 #include "models/switch_panels.h"
@@ -12,5 +13,7 @@ using PelmButtons = cPelmButtons;
 using PelmToggles = cPelmToggles;
 using PelmEngineStart = cPelmEngineStart;
 using PelmRadio = cPelmRadio;
+using PelmAlpha = cPelmAlpha;
+using PelmAlpha2 = cPelmAlpha2;
 
 }  // namespace pelm::families
