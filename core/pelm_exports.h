@@ -156,3 +156,24 @@ PELM_MODEL_OP(PelmAlpha2, SetAlphaSegments, (const uint16_t* glyphs), (glyphs))
 PELM_MODEL_OP(PelmAlpha2, SetBrightness, (uint32_t level), (level))
 PELM_MODEL_OP(PelmAlpha2, SetNumeric, (const char* text), (text))
 PELM_MODEL_OP(PelmAlpha2, SetNumericSegments, (const uint8_t* segments), (segments))
+
+/* ---- Transponder-code panel (type 10), 8 slots ------------------------------ */
+
+PELM_MODEL_COUNT(PelmSquawk)
+/* Writes the brightness level read back from the panel as a 32-bit value.
+ * PELM_ERR_IO when the read fails (the variable is then untouched);
+ * PELM_ERR_PARAM for a null pointer. */
+PELM_MODEL_OP(PelmSquawk, GetBrightness, (uint32_t* level), (level))
+/* Writes the dial's movement count of the latest input report and sets it to 0,
+ * and the switch bits (which stay). A null or unwritable pointer is skipped,
+ * and the dial then keeps its count. No device transfer. */
+PELM_MODEL_OP(PelmSquawk, GetControlVals, (int16_t* dial, uint8_t* switches), (dial, switches))
+/* Queues the brightness level (low four bits). PELM_SUCCESS without sending
+ * when the device is not connected. */
+PELM_MODEL_OP(PelmSquawk, SetBrightness, (uint32_t level), (level))
+/* Draws the first character of the text on the digit, its point lit when the
+ * second character is ".". Only digits, "-", "[", "]" and "." are drawn. */
+PELM_MODEL_OP(PelmSquawk, SetDigit, (const char* text), (text))
+/* Queues one segment byte for the digit. PELM_SUCCESS without sending when the
+ * device is not connected. */
+PELM_MODEL_OP(PelmSquawk, SetDigitSegments, (const uint8_t* segments), (segments))

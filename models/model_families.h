@@ -5,6 +5,7 @@
 #include "models/alpha_panels.h"
 #include "models/engine_start.h"
 #include "models/radio_panel.h"
+#include "models/squawk_panel.h"
 #include "models/switch_panels.h"
 
 namespace pelm::families {
@@ -15,5 +16,6 @@ using PelmEngineStart = cPelmEngineStart;
 using PelmRadio = cPelmRadio;
 using PelmAlpha = cPelmAlpha;
 using PelmAlpha2 = cPelmAlpha2;
+using PelmSquawk = cPelmSquawk;
 
 }  // namespace pelm::families
