@@ -177,3 +177,69 @@ PELM_MODEL_OP(PelmSquawk, SetDigit, (const char* text), (text))
 /* Queues one segment byte for the digit. PELM_SUCCESS without sending when the
  * device is not connected. */
 PELM_MODEL_OP(PelmSquawk, SetDigitSegments, (const uint8_t* segments), (segments))
+
+/* ---- Autopilot panel (type 6) and second autopilot panel (type 12),
+ *      4 slots each ------------------------------------------------------------ */
+
+PELM_MODEL_COUNT(PelmAutopilot)
+/* Writes the brightness level read back from the panel. PELM_ERR_IO when the
+ * read fails (the variable is then untouched); PELM_ERR_PARAM for a null pointer. */
+PELM_MODEL_OP(PelmAutopilot, GetBrightness, (uint16_t* level), (level))
+/* Writes the five dials' movement counts and sets them to 0, and the two switch
+ * bytes (which stay). Until the first input report the dials are those the
+ * panel reported at open. A null or unwritable pointer is skipped, and its dial
+ * keeps its count. No device transfer. */
+PELM_MODEL_OP(PelmAutopilot, GetControlVals,
+              (int16_t* dial1, int16_t* dial2, int16_t* dial3, int16_t* dial4, int16_t* dial5, uint8_t* switches1,
+               uint8_t* switches2),
+              (dial1, dial2, dial3, dial4, dial5, switches1, switches2))
+/* Writes the indicator bits read back from the panel; as GetBrightness. */
+PELM_MODEL_OP(PelmAutopilot, GetIndicators, (uint8_t* indicators), (indicators))
+/* Queues the brightness level (low four bits). PELM_SUCCESS without sending
+ * when the device is not connected. */
+PELM_MODEL_OP(PelmAutopilot, SetBrightness, (uint32_t level), (level))
+/* Queues the indicator bits (low byte). */
+PELM_MODEL_OP(PelmAutopilot, SetIndicators, (uint32_t indicators), (indicators))
+/* Display setters: segment bytes, position 0 first, or text drawn left to
+ * right, for displays A, B and C (3 positions) and D and E (6 positions). A
+ * point lights the point of the character before it; a point that follows no
+ * character lights on a position of its own. */
+PELM_MODEL_OP(PelmAutopilot, SetADisplaySegments, (const uint8_t* segments), (segments))
+PELM_MODEL_OP(PelmAutopilot, SetADisplayText, (const char* text), (text))
+PELM_MODEL_OP(PelmAutopilot, SetBDisplaySegments, (const uint8_t* segments), (segments))
+PELM_MODEL_OP(PelmAutopilot, SetBDisplayText, (const char* text), (text))
+PELM_MODEL_OP(PelmAutopilot, SetCDisplaySegments, (const uint8_t* segments), (segments))
+PELM_MODEL_OP(PelmAutopilot, SetCDisplayText, (const char* text), (text))
+PELM_MODEL_OP(PelmAutopilot, SetDDisplaySegments, (const uint8_t* segments), (segments))
+PELM_MODEL_OP(PelmAutopilot, SetDDisplayText, (const char* text), (text))
+PELM_MODEL_OP(PelmAutopilot, SetEDisplaySegments, (const uint8_t* segments), (segments))
+PELM_MODEL_OP(PelmAutopilot, SetEDisplayText, (const char* text), (text))
+
+PELM_MODEL_COUNT(PelmAutopilot2)
+PELM_MODEL_OP(PelmAutopilot2, GetBrightness, (uint16_t* level), (level))
+/* As PelmAutopilot_GetControlVals, with six dials and a 32-bit switch word. */
+PELM_MODEL_OP(PelmAutopilot2, GetControlVals,
+              (int16_t* dial1, int16_t* dial2, int16_t* dial3, int16_t* dial4, int16_t* dial5, int16_t* dial6,
+               uint32_t* switches),
+              (dial1, dial2, dial3, dial4, dial5, dial6, switches))
+/* Writes the indicator word of the last SetIndicators whose report was queued
+ * (0 before the first); the panel is not asked. A null or unwritable pointer is
+ * skipped, and the result is still PELM_SUCCESS. */
+PELM_MODEL_OP(PelmAutopilot2, GetIndicators, (uint32_t* indicators), (indicators))
+PELM_MODEL_OP(PelmAutopilot2, SetBrightness, (uint32_t level), (level))
+/* Queues the 32-bit indicator word and remembers it once queued. */
+PELM_MODEL_OP(PelmAutopilot2, SetIndicators, (uint32_t indicators), (indicators))
+/* Display setters as on the first panel, for displays A and F (3 positions)
+ * and B to E (5 positions). */
+PELM_MODEL_OP(PelmAutopilot2, SetADisplaySegments, (const uint8_t* segments), (segments))
+PELM_MODEL_OP(PelmAutopilot2, SetADisplayText, (const char* text), (text))
+PELM_MODEL_OP(PelmAutopilot2, SetBDisplaySegments, (const uint8_t* segments), (segments))
+PELM_MODEL_OP(PelmAutopilot2, SetBDisplayText, (const char* text), (text))
+PELM_MODEL_OP(PelmAutopilot2, SetCDisplaySegments, (const uint8_t* segments), (segments))
+PELM_MODEL_OP(PelmAutopilot2, SetCDisplayText, (const char* text), (text))
+PELM_MODEL_OP(PelmAutopilot2, SetDDisplaySegments, (const uint8_t* segments), (segments))
+PELM_MODEL_OP(PelmAutopilot2, SetDDisplayText, (const char* text), (text))
+PELM_MODEL_OP(PelmAutopilot2, SetEDisplaySegments, (const uint8_t* segments), (segments))
+PELM_MODEL_OP(PelmAutopilot2, SetEDisplayText, (const char* text), (text))
+PELM_MODEL_OP(PelmAutopilot2, SetFDisplaySegments, (const uint8_t* segments), (segments))
+PELM_MODEL_OP(PelmAutopilot2, SetFDisplayText, (const char* text), (text))

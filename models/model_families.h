@@ -3,6 +3,7 @@
 // finds a family's model through these names.
 
 #include "models/alpha_panels.h"
+#include "models/autopilot_panels.h"
 #include "models/engine_start.h"
 #include "models/radio_panel.h"
 #include "models/squawk_panel.h"
@@ -17,5 +18,7 @@ using PelmRadio = cPelmRadio;
 using PelmAlpha = cPelmAlpha;
 using PelmAlpha2 = cPelmAlpha2;
 using PelmSquawk = cPelmSquawk;
+using PelmAutopilot = cPelmAutopilot;
+using PelmAutopilot2 = cPelmAutopilot2;
 
 }  // namespace pelm::families
