@@ -3,6 +3,11 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/sim/panels/alpha_panels.h"
+#include "platform/sim/panels/autopilot_panels.h"
+#include "platform/sim/panels/radio_panel.h"
+#include "platform/sim/panels/squawk_panel.h"
+
 namespace pelm::sim {
 
 bool GenericPanel::AnswerFeature(uint8_t* report, uint32_t length) {
@@ -39,6 +44,22 @@ std::optional<Report> GenericPanel::LastOutput() const {
   return lastOutput_;
 }
 
-std::unique_ptr<Panel> MakePanel(uint16_t) { return std::make_unique<GenericPanel>(); }
+std::unique_ptr<Panel> MakePanel(uint16_t productId) {
+  switch (productId) {
+    case RadioPanelSim::kProductId:
+      return std::make_unique<RadioPanelSim>();
+    case AlphaPanelSim::kAlphaProductId:
+    case AlphaPanelSim::kAlpha2ProductId:
+      return AlphaPanelSim::ForProduct(productId);
+    case SquawkPanelSim::kProductId:
+      return std::make_unique<SquawkPanelSim>();
+    case AutopilotPanelSim::kProductId:
+      return std::make_unique<AutopilotPanelSim>();
+    case Autopilot2PanelSim::kProductId:
+      return std::make_unique<Autopilot2PanelSim>();
+    default:
+      return std::make_unique<GenericPanel>();
+  }
+}
 
 }  // namespace pelm::sim
