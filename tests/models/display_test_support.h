@@ -1,0 +1,88 @@
+#pragma once
+// Helpers for the display models' tests: capturing input callback records,
+// waiting for the writer's sends, and taking a panel away and back.
+
+#include <cstring>
+#include <mutex>
+#include <vector>
+
+#include "support/library_fixture.h"
+
+namespace pelm::test {
+
+// The bytes of a record as the library lays it out in host memory.
+template <class Record>
+std::vector<uint8_t> BytesOf(const Record& record) {
+  const auto* bytes = reinterpret_cast<const uint8_t*>(&record);
+  return std::vector<uint8_t>(bytes, bytes + sizeof record);
+}
+
+struct ReceivedInput {
+  int32_t modelType;
+  int32_t deviceIndex;
+  std::vector<uint8_t> record;
+};
+
+// Copies every input callback record (of the given size) during the call, as a
+// host would have to.
+class InputCapture {
+ public:
+  // Call after PelmDev_Init, which forgets callbacks.
+  explicit InputCapture(std::size_t recordSize) {
+    std::lock_guard hold(mutex_);
+    received_.clear();
+    recordSize_ = recordSize;
+    EXPECT_EQ(PelmDev_RegisterInputCallback(&OnInput), 1u);
+  }
+
+  // The first `count` records received, waiting for them if need be.
+  std::vector<ReceivedInput> WaitFor(std::size_t count) {
+    EXPECT_TRUE(WaitUntil([&] {
+      std::lock_guard hold(mutex_);
+      return received_.size() >= count;
+    }));
+    std::lock_guard hold(mutex_);
+    return received_;
+  }
+
+ private:
+  static void PELM_CDECL OnInput(int32_t modelType, int32_t deviceIndex, void* record) {
+    std::lock_guard hold(mutex_);
+    const auto* bytes = static_cast<const uint8_t*>(record);
+    received_.push_back({modelType, deviceIndex, std::vector<uint8_t>(bytes, bytes + recordSize_)});
+  }
+
+  static inline std::mutex mutex_;
+  static inline std::vector<ReceivedInput> received_;
+  static inline std::size_t recordSize_ = 0;
+};
+
+class DisplayTest : public LibraryTest {
+ protected:
+  // Waits until `count` reports of `op` have gone out successfully and gives
+  // them in order.
+  static std::vector<sim::Report> WaitForSent(const sim::SimDevice& device, std::size_t count,
+                                              sim::LogOp op = sim::LogOp::SetFeature) {
+    std::vector<sim::Report> sent;
+    device.WaitForLog([&](const std::vector<sim::LogEntry>& log) {
+      sent.clear();
+      for (const sim::LogEntry& entry : log) {
+        if (entry.op == op && entry.succeeded) sent.push_back(entry.bytes);
+      }
+      return sent.size() >= count;
+    });
+    return sent;
+  }
+
+  // Needs PelmDev_Init(kHostInstance): the library hears of the removal.
+  void Disconnect(const sim::SimDevice& device) {
+    bus().Unplug(device.Spec().path);
+    PelmDevExt_DispatchEvents();
+  }
+  void Reconnect(const sim::SimDevice& device) {
+    bus().Plug(device.Spec());
+    PelmDevExt_DispatchEvents();
+  }
+};
+
+}  // namespace pelm::test
