@@ -32,7 +32,7 @@ void cPelmAlphaPanel::ApplyStateDefaults() {
 std::array<int16_t, cPelmAlphaPanel::kDialCount> cPelmAlphaPanel::StoreDials(const uint8_t* report) {
   std::array<int16_t, kDialCount> dials;
   for (int i = 0; i < kDialCount; ++i) {
-    dials[i] = SignedByte(report[1 + i]);
+    dials[i] = SignedByte(report[kFirstDialByte + i]);
     dialVals[i] = dials[i];
   }
   return dials;
@@ -123,7 +123,7 @@ void cPelmAlpha2::ApplyStateDefaults() {
 
 void cPelmAlpha2::OnInputReport(const uint8_t* report) {
   const auto dials = StoreDials(report);
-  Alpha2InputRecord record{{dials[0], dials[1]}, report[3]};
+  Alpha2InputRecord record{{dials[0], dials[1]}, report[kSwitchByte]};
   switchVals = record.switchVals;
   DispatchInput(kTypeCode, CallbackIndex(), &record);
 }

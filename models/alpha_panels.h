@@ -33,6 +33,8 @@ static_assert(offsetof(Alpha2InputRecord, switchVals) == 4);
 class cPelmAlphaPanel : public cPelmDeviceRecord {
  public:
   static constexpr int kDialCount = 2;
+  // Input report: bytes 1 and 2 are the dials (signed counts).
+  static constexpr uint32_t kFirstDialByte = 1;
 
   // Feature report of the alphanumeric display: four sixteen-segment glyphs,
   // each low byte first, position 0 in bytes 1 and 2.
@@ -69,7 +71,6 @@ class cPelmAlpha final : public cPelmAlphaPanel {
  public:
   static constexpr int32_t kTypeCode = PELM_MODEL_ALPHA;
   static constexpr uint16_t kNumericPositions = 5;
-  // Input report: bytes 1 and 2 are the dials (signed counts).
   static constexpr uint32_t kInputReportLength = 3;
 
   explicit cPelmAlpha(const char* path);
@@ -84,7 +85,8 @@ class cPelmAlpha2 final : public cPelmAlphaPanel {
  public:
   static constexpr int32_t kTypeCode = PELM_MODEL_ALPHA2;
   static constexpr uint16_t kNumericPositions = 6;
-  // Input report: bytes 1 and 2 are the dials (signed counts), byte 3 the switches.
+  // Input report: byte 3 holds the switches.
+  static constexpr uint32_t kSwitchByte = 3;
   static constexpr uint32_t kInputReportLength = 4;
 
   explicit cPelmAlpha2(const char* path);

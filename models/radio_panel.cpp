@@ -24,7 +24,7 @@ RecordParams RadioParams() {
 
 cPelmRadio::cPelmRadio(const char* path) : cPelmDeviceRecord(path, RadioParams()) {}
 
-void cPelmRadio::OnOpenTimeReport(const uint8_t* report) { switchVals = report[kControlStateSwitchByte]; }
+void cPelmRadio::OnOpenTimeReport(const uint8_t* report) { switchVals = report[kSwitchByte]; }
 
 // The dials of the open-time report are movements that nobody asked for.
 void cPelmRadio::ApplyStateDefaults() {
@@ -32,7 +32,8 @@ void cPelmRadio::ApplyStateDefaults() {
 }
 
 void cPelmRadio::OnInputReport(const uint8_t* report) {
-  RadioInputRecord record{{SignedByte(report[1]), SignedByte(report[2])}, report[3]};
+  RadioInputRecord record{{SignedByte(report[kFirstDialByte]), SignedByte(report[kFirstDialByte + 1])},
+                          report[kSwitchByte]};
   dialVals[0] = record.dialVals[0];
   dialVals[1] = record.dialVals[1];
   switchVals = record.switchVals;

@@ -35,12 +35,13 @@ class cPelmRadio final : public cPelmDeviceRecord {
   static constexpr uint8_t kBrightnessReport = 6;  // byte 1: level, sent and read
   static constexpr uint8_t kIndicatorReport = 7;   // byte 1: lamp bits, sent and read
   static constexpr uint32_t kFeatureByteReportLength = 2;
-  // Read once at open: bytes 1 and 2 the dials (not kept), byte 3 the switches.
+  // Read once at open, laid out as the input report; only its switches are kept.
   static constexpr uint8_t kControlStateReport = 8;
   static constexpr uint32_t kControlStateReportLength = 4;
-  static constexpr uint32_t kControlStateSwitchByte = 3;
 
   // Input report: bytes 1 and 2 the dials (signed counts), byte 3 the switches.
+  static constexpr uint32_t kFirstDialByte = 1;
+  static constexpr uint32_t kSwitchByte = 3;
   static constexpr uint32_t kInputReportLength = 4;
 
   explicit cPelmRadio(const char* path);

@@ -2,8 +2,9 @@
 // Helpers for the display models' tests: capturing input callback records,
 // waiting for the writer's sends, and taking a panel away and back.
 
-#include <cstring>
+#include <functional>
 #include <mutex>
+#include <string>
 #include <vector>
 
 #include "support/library_fixture.h"
@@ -19,7 +20,6 @@ std::vector<uint8_t> BytesOf(const Record& record) {
 
 struct ReceivedInput {
   int32_t modelType;
-  int32_t deviceIndex;
   std::vector<uint8_t> record;
 };
 
@@ -46,10 +46,10 @@ class InputCapture {
   }
 
  private:
-  static void PELM_CDECL OnInput(int32_t modelType, int32_t deviceIndex, void* record) {
+  static void PELM_CDECL OnInput(int32_t modelType, int32_t, void* record) {
     std::lock_guard hold(mutex_);
     const auto* bytes = static_cast<const uint8_t*>(record);
-    received_.push_back({modelType, deviceIndex, std::vector<uint8_t>(bytes, bytes + recordSize_)});
+    received_.push_back({modelType, std::vector<uint8_t>(bytes, bytes + recordSize_)});
   }
 
   static inline std::mutex mutex_;
@@ -57,8 +57,32 @@ class InputCapture {
   static inline std::size_t recordSize_ = 0;
 };
 
+// A setter call and the report it must send.
+struct SetterCase {
+  std::string description;
+  std::function<int32_t()> call;
+  sim::Report sent;
+};
+
 class DisplayTest : public LibraryTest {
  protected:
+  std::shared_ptr<sim::SimDevice> PlugAndInit(uint16_t productId, uint16_t version = 0x0100) {
+    sim::DeviceSpec spec = PanelSpec(productId, 1);
+    spec.versionNumber = version;
+    auto device = bus().Plug(spec);
+    PelmDev_Init(nullptr);
+    return device;
+  }
+
+  // Makes every call, then checks the reports that went out, in order.
+  static void ExpectSent(const sim::SimDevice& device, const std::vector<SetterCase>& cases,
+                         sim::LogOp op = sim::LogOp::SetFeature) {
+    for (const SetterCase& c : cases) EXPECT_EQ(c.call(), PELM_SUCCESS) << c.description;
+    const std::vector<sim::Report> sent = WaitForSent(device, cases.size(), op);
+    ASSERT_EQ(sent.size(), cases.size());
+    for (std::size_t i = 0; i < cases.size(); ++i) EXPECT_EQ(sent[i], cases[i].sent) << cases[i].description;
+  }
+
   // Waits until `count` reports of `op` have gone out successfully and gives
   // them in order.
   static std::vector<sim::Report> WaitForSent(const sim::SimDevice& device, std::size_t count,
