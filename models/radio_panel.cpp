@@ -26,7 +26,8 @@ cPelmRadio::cPelmRadio(const char* path) : cPelmDeviceRecord(path, RadioParams()
 
 void cPelmRadio::OnOpenTimeReport(const uint8_t* report) { switchVals = report[kSwitchByte]; }
 
-// The dials of the open-time report are movements that nobody asked for.
+// Of the open-time report only the switches are kept: the dials start at zero
+// whatever the panel answered.
 void cPelmRadio::ApplyStateDefaults() {
   for (auto& dial : dialVals) dial = 0;
 }
