@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <thread>
+
 #include "core/model_table.h"
 #include "support/library_fixture.h"
 
@@ -176,6 +179,35 @@ TEST_F(LifecycleTest, TheModelTableKeepsTheProbeOrder) {
   EXPECT_EQ(ModelByTypeCode(16), nullptr);
   EXPECT_EQ(ModelByTypeCode(0), nullptr);
   EXPECT_EQ(ModelByTypeCode(20), nullptr);
+}
+
+}  // namespace
+}  // namespace pelm::test
+
+namespace pelm::test {
+namespace {
+
+TEST_F(LifecycleTest, TwoHundredInitTerminateCyclesUnderInputLeakNothing) {
+  std::vector<std::shared_ptr<sim::SimDevice>> panels = {Plug(kButtonsId, 1), Plug(kTogglesId, 1),
+                                                         Plug(kEngineStartId, 1)};
+  std::atomic<bool> done{false};
+  std::thread traffic([&] {
+    while (!done) {
+      for (auto& panel : panels) panel->InjectInput({0, 0x3C});
+      std::this_thread::yield();
+    }
+  });
+  static std::atomic<int> inputs{0};
+  for (int cycle = 0; cycle < 200; ++cycle) {
+    PelmDev_Init(cycle % 2 == 0 ? kHostInstance : nullptr);
+    PelmDev_RegisterInputCallback([](int32_t, int32_t, void*) { ++inputs; });
+    PelmButtons_SetIndicators(0, static_cast<uint32_t>(cycle));
+    PelmDev_Terminate();
+  }
+  done = true;
+  traffic.join();
+  for (auto& panel : panels) EXPECT_EQ(panel->OpenHandles(), 0);
+  EXPECT_GT(inputs, 0);
 }
 
 }  // namespace
