@@ -93,3 +93,42 @@ PELM_MODEL_COUNT(PelmEngineStart)
  * writable. Nothing is reset; no device transfer. */
 PELM_MODEL_OP(PelmEngineStart, GetControlVals, (uint8_t* selector1, uint8_t* selector2, uint8_t* selector3),
               (selector1, selector2, selector3))
+
+/* ---- Display-control panel (type 13), 4 slots ------------------------------- */
+
+PELM_MODEL_COUNT(PelmMapCtl)
+/* Writes the dial counts of the latest input report (detents, signed) and sets
+ * each to 0 as it is handed out, then the button bits and the selector
+ * positions (first selector in bits 0-1, second in bits 4-6). Each value only
+ * where its pointer is writable; a dial skipped keeps its count for a later
+ * call. No device transfer. The input callback's record (7 bytes): dial 1 and
+ * dial 2 (int16), buttons (uint16), selectors (uint8), of every report. */
+PELM_MODEL_OP(PelmMapCtl, GetControlVals, (int16_t* dial1, int16_t* dial2, uint16_t* switches, uint8_t* selectors),
+              (dial1, dial2, switches, selectors))
+
+/* ---- Throttle quadrant (type 9), 4 slots ------------------------------------- */
+
+PELM_MODEL_COUNT(PelmThrottle)
+/* Writes the positions of levers 1 to 6 and the switch bits (contacts in bits
+ * 1-4) of the latest input report, each where its pointer is not null; an
+ * unwritable pointer is skipped. Nothing is reset; no device transfer. The
+ * quadrant is read at most 20 times a second; the input callback's record
+ * (7 bytes): the six positions, then the switch bits. */
+PELM_MODEL_OP(PelmThrottle, GetControlVals,
+              (uint8_t* lever1, uint8_t* lever2, uint8_t* lever3, uint8_t* lever4, uint8_t* lever5, uint8_t* lever6,
+               uint8_t* switches),
+              (lever1, lever2, lever3, lever4, lever5, lever6, switches))
+
+/* ---- Engine-control module (type 14), 8 slots -------------------------------- */
+
+PELM_MODEL_COUNT(PelmEngineCtl)
+/* Writes the rotary selector position (1 to 5; 0 before any report set it),
+ * the first two-contact switch (0 or 1), the three-position switch (0 to 2),
+ * the second two-contact switch (0 or 1) and the twelve contact bits, each
+ * only where its pointer is writable. Nothing is reset; no device transfer.
+ * The input callback comes only for reports with a selector contact closed;
+ * its record (6 bytes): the four values (uint8 each), then the contacts
+ * (uint16). */
+PELM_MODEL_OP(PelmEngineCtl, GetControlVals,
+              (uint8_t* selector, uint8_t* switch1, uint8_t* threePosition, uint8_t* switch2, uint16_t* switches),
+              (selector, switch1, threePosition, switch2, switches))
