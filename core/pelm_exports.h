@@ -25,6 +25,23 @@ PELM_CORE_PAIR(uint32_t, PelmDev_Init, (void* instance), (instance))
 /* Stops notification, forgets every callback and closes every device. Always 0. */
 PELM_CORE_PAIR(uint32_t, PelmDev_Terminate, (void), ())
 
+/* Describes the device in slot `deviceIndex` of model `modelType`: its path
+ * (upper-case) and HID version number. PELM_SUCCESS without writing anything
+ * for a type code that names no model; PELM_ERR_INDEX outside the model's
+ * slots; PELM_ERR_NODEVICE for an empty slot (an unplugged device still in its
+ * slot is described); PELM_ERR_PARAM for a null or unwritable record. No
+ * device transfer. Only the path's bytes up to its terminator are written. */
+PELM_CORE_PAIR(int32_t, PelmDev_GetDeviceInfo, (int32_t modelType, int32_t deviceIndex, PelmDevInfo* info),
+               (modelType, deviceIndex, info))
+/* As PelmDev_GetDeviceInfo, with the serial number (empty for models that do
+ * not read one) and, for the class-based models (types 11, 17, 18, 19), the
+ * output report length; the field keeps the host's value for the others. The
+ * host sets structSize to sizeof(PelmDevInfo2) (331) first: any other size gives
+ * PELM_SUCCESS without writing. The record must be writable for 331 bytes.
+ * Default form only. */
+PELM_CORE_SINGLE(int32_t, PELM_CDECL, PelmDev_GetDeviceInfo2,
+                 (int32_t modelType, int32_t deviceIndex, PelmDevInfo2* info), (modelType, deviceIndex, info))
+
 /* Connect callback: (model type, device index, PELM_EVENT_ARRIVAL or _REMOVAL)
  * on the thread that called PelmDev_Init. 1 when stored; 0 for null (the
  * registered one stays). Each form has its own slot; both are called, default
