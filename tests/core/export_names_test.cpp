@@ -22,7 +22,7 @@ std::vector<std::string> NamesInExportTable() {
   names.push_back(#name "_stdcall");
 #define PELM_CORE_SINGLE(ret, form, name, params, args) names.push_back(#name);
 #define PELM_MODEL_COUNT_DEFAULT_ONLY(family) names.push_back(#family "_GetNumDevices");
-#define PELM_MODEL_COUNT(family)          \
+#define PELM_MODEL_COUNT(family)        \
   PELM_MODEL_COUNT_DEFAULT_ONLY(family) \
   names.push_back(#family "_GetNumDevices_stdcall");
 #define PELM_MODEL_OP_DEFAULT_ONLY(family, op, params, args) names.push_back(#family "_" #op);
@@ -71,8 +71,9 @@ struct Family {
 
 const std::vector<Family>& ModelFamilies() {
   static const std::vector<Family> families = {
-      {"PelmAlpha", true, {"GetDialVals", "SetAlpha", "SetAlphaSegments", "SetBrightness", "SetNumeric",
-                           "SetNumericSegments"}},
+      {"PelmAlpha",
+       true,
+       {"GetDialVals", "SetAlpha", "SetAlphaSegments", "SetBrightness", "SetNumeric", "SetNumericSegments"}},
       {"PelmButtons", true, {"GetBrightness", "GetIndicators", "GetSwitchVals", "SetBrightness", "SetIndicators"}},
       {"PelmToggles", true, {"GetBrightness", "GetIndicators", "GetSwitchVals", "SetBrightness", "SetIndicators"}},
       {"PelmGear", true, {"GetBrightness", "GetControlVals", "GetIndicators", "SetBrightness", "SetIndicators"}},

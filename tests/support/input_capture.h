@@ -1,12 +1,20 @@
 #pragma once
 // Input callbacks as the host sees them: a default-form input callback that
 // keeps the model type, device index and a copy of the record of every call.
+// It registers itself when created (after PelmDev_Init, which forgets
+// callbacks) and unregisters when destroyed; one capture at a time.
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <cstring>
 #include <mutex>
 #include <vector>
+
+#include "core/pelm_dev.h"
+#include "support/sim_fixture.h"
 
 namespace pelm::test {
 
@@ -15,7 +23,7 @@ struct CapturedInput {
   int32_t deviceIndex;
   std::vector<uint8_t> record;
 
-  // The record as the model's packed layout.
+  // The record in the model's packed layout.
   template <class Record>
   Record As() const {
     Record value{};
@@ -24,23 +32,45 @@ struct CapturedInput {
   }
 };
 
-// Registers itself on construction (after PelmDev_Init, which forgets
-// callbacks) and unregisters on destruction. One capture at a time.
 class InputCapture {
  public:
   // Copies `recordSize` bytes of each record.
-  explicit InputCapture(std::size_t recordSize);
-  ~InputCapture();
+  explicit InputCapture(std::size_t recordSize) : recordSize_(recordSize) {
+    Active() = this;
+    EXPECT_EQ(PelmDev_RegisterInputCallback(&Receive), 1u);
+  }
+  ~InputCapture() {
+    PelmDev_UnregisterInputCallback();
+    Active() = nullptr;
+  }
   InputCapture(const InputCapture&) = delete;
   InputCapture& operator=(const InputCapture&) = delete;
 
-  std::vector<CapturedInput> Calls() const;
-  std::size_t Count() const;
-  // Polls (bounded) until at least `count` calls have come; true if they did.
-  bool WaitForCount(std::size_t count) const;
+  std::vector<CapturedInput> Calls() const {
+    std::lock_guard hold(mutex_);
+    return calls_;
+  }
+  std::size_t Count() const {
+    std::lock_guard hold(mutex_);
+    return calls_.size();
+  }
+  // Polls (bounded) until at least `count` calls have come.
+  bool WaitForCount(std::size_t count) const {
+    return WaitUntil([&] { return Count() >= count; });
+  }
 
  private:
-  static void Receive(int32_t modelType, int32_t deviceIndex, void* record);
+  static std::atomic<InputCapture*>& Active() {
+    static std::atomic<InputCapture*> active{nullptr};
+    return active;
+  }
+  static void PELM_CDECL Receive(int32_t modelType, int32_t deviceIndex, void* record) {
+    InputCapture* capture = Active();
+    if (capture == nullptr) return;
+    const auto* bytes = static_cast<const uint8_t*>(record);
+    std::lock_guard hold(capture->mutex_);
+    capture->calls_.push_back({modelType, deviceIndex, {bytes, bytes + capture->recordSize_}});
+  }
 
   const std::size_t recordSize_;
   mutable std::mutex mutex_;
