@@ -140,9 +140,9 @@ PELM_MODEL_OP(PelmThrottle, GetControlVals,
 
 PELM_MODEL_COUNT(PelmEngineCtl)
 /* Writes the rotary selector position (1 to 5; 0 before any report set it),
- * the first two-contact switch (0 or 1), the three-position switch (0 to 2),
- * the second two-contact switch (0 or 1) and the twelve contact bits, each
- * only where its pointer is writable. Nothing is reset; no device transfer.
+ * the first two-contact switch (0 or 1), the three-position switch (2 up,
+ * 1 middle, 0 down), the second two-contact switch (0 or 1) and the twelve
+ * contact bits, each only where its pointer is writable. Nothing is reset; no device transfer.
  * The input callback comes only for reports with a selector contact closed;
  * its record (6 bytes): the four values (uint8 each), then the contacts
  * (uint16). */

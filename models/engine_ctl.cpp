@@ -13,8 +13,8 @@ namespace {
 //           bits 6 to 2 selector positions 1 to 5; bit 7 second two-contact switch
 //   byte 2  contacts of switchVals, below
 //   byte 3  contacts of switchVals, below; bit 4 second two-contact switch;
-//           bit 5 not used; bit 6 three-position switch away from its middle
-//           (clear in the middle); bit 7 first two-contact switch
+//           bit 5 not used; bit 6 three-position switch down (the up contact
+//           wins when both are closed); bit 7 first two-contact switch
 constexpr std::size_t kControlByte = 1;
 constexpr std::size_t kContactByte = 2;
 constexpr std::size_t kMixedByte = 3;
@@ -23,8 +23,8 @@ constexpr std::size_t kMixedByte = 3;
 // contact is closed wins.
 constexpr std::array<uint8_t, 5> kSelectorContacts = {0x40, 0x20, 0x10, 0x08, 0x04};
 
-constexpr uint8_t kThreePositionUp = 0x01;      // byte 1
-constexpr uint8_t kThreePositionOffMiddle = 0x40;  // byte 3
+constexpr uint8_t kThreePositionUpContact = 0x01;    // byte 1
+constexpr uint8_t kThreePositionDownContact = 0x40;  // byte 3
 constexpr uint8_t kThreePositionValueUp = 2;
 constexpr uint8_t kThreePositionValueMiddle = 1;
 constexpr uint8_t kThreePositionValueDown = 0;
@@ -91,9 +91,9 @@ bool cPelmEngineCtl::Decode(const uint8_t* report, EngineCtlInputRecord& state) 
     }
   }
   state.controlVals[1] = AnyClosed(report, kFirstSwitchContacts);
-  if (report[kControlByte] & kThreePositionUp) {
+  if (report[kControlByte] & kThreePositionUpContact) {
     state.controlVals[2] = kThreePositionValueUp;
-  } else if (!(report[kMixedByte] & kThreePositionOffMiddle)) {
+  } else if (!(report[kMixedByte] & kThreePositionDownContact)) {
     state.controlVals[2] = kThreePositionValueMiddle;
   } else {
     state.controlVals[2] = kThreePositionValueDown;
@@ -124,8 +124,8 @@ void cPelmEngineCtl::OnInputReport(const uint8_t* report) {
   if (Decode(report, state)) DispatchInput(kTypeCode, CallbackIndex(), &state);
 }
 
-int32_t cPelmEngineCtl::GetControlVals(uint8_t* selector, uint8_t* switch1, uint8_t* threePosition,
-                                       uint8_t* switch2, uint16_t* switches) {
+int32_t cPelmEngineCtl::GetControlVals(uint8_t* selector, uint8_t* switch1, uint8_t* threePosition, uint8_t* switch2,
+                                       uint16_t* switches) {
   if (!IsConnected()) return PELM_ERR_NODEVICE;
   uint8_t* outputs[kControlCount] = {selector, switch1, threePosition, switch2};
   for (int i = 0; i < kControlCount; ++i) {

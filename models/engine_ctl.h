@@ -48,7 +48,7 @@ class cPelmEngineCtl final : public cPelmDeviceRecord {
   // controlVals[0]  rotary selector, 1 to 5; 0 until a report closes a
   //                 selector contact, kept through reports that close none
   // controlVals[1]  first two-contact switch, 1 when either contact is closed
-  // controlVals[2]  three-position switch, 0 to 2
+  // controlVals[2]  three-position switch: 2 up, 1 middle, 0 down
   // controlVals[3]  second two-contact switch, 0 or 1
   std::atomic<uint8_t> controlVals[kControlCount] = {0, 0, 0, 0};
   // Twelve contacts in bits 0-11.
