@@ -1,5 +1,6 @@
 // The device information queries: which checks come first, what is written and
-// what the host's record keeps.
+// what the host's record keeps. The records are packed, so their 16-bit fields
+// are copied out before they are compared.
 
 #include <gtest/gtest.h>
 
@@ -122,15 +123,15 @@ TEST_F(DeviceInfoTest, DevicesAreDescribedByTheirModelsKind) {
     EXPECT_EQ(PelmDev_GetDeviceInfo(c.code, 0, &info), PELM_SUCCESS);
     EXPECT_EQ(info.devicePath, path);
     EXPECT_EQ(static_cast<uint8_t>(info.devicePath[path.size() + 1]), kHostFill);  // written up to the terminator
-    EXPECT_EQ(info.versionNumber, 0x0123);
+    EXPECT_EQ(uint16_t{info.versionNumber}, 0x0123);
 
     auto info2 = Filled<PelmDevInfo2>();
     EXPECT_EQ(PelmDev_GetDeviceInfo2(c.code, 0, &info2), PELM_SUCCESS);
-    EXPECT_EQ(info2.structSize, sizeof(PelmDevInfo2));
+    EXPECT_EQ(uint16_t{info2.structSize}, sizeof(PelmDevInfo2));
     EXPECT_EQ(info2.devicePath, path);
-    EXPECT_EQ(info2.versionNumber, 0x0123);
+    EXPECT_EQ(uint16_t{info2.versionNumber}, 0x0123);
     EXPECT_STREQ(info2.serialNumber, c.serialNumber);
-    EXPECT_EQ(info2.outputReportLength, c.outputReportLength);
+    EXPECT_EQ(uint16_t{info2.outputReportLength}, c.outputReportLength);
   }
 }
 
