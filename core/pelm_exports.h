@@ -25,6 +25,23 @@ PELM_CORE_PAIR(uint32_t, PelmDev_Init, (void* instance), (instance))
 /* Stops notification, forgets every callback and closes every device. Always 0. */
 PELM_CORE_PAIR(uint32_t, PelmDev_Terminate, (void), ())
 
+/* Describes the device in slot `deviceIndex` of model `modelType`: its path
+ * (upper-case) and HID version number. PELM_SUCCESS without writing anything
+ * for a type code that names no model; PELM_ERR_INDEX outside the model's
+ * slots; PELM_ERR_NODEVICE for an empty slot (an unplugged device still in its
+ * slot is described); PELM_ERR_PARAM for a null or unwritable record. No
+ * device transfer. Only the path's bytes up to its terminator are written. */
+PELM_CORE_PAIR(int32_t, PelmDev_GetDeviceInfo, (int32_t modelType, int32_t deviceIndex, PelmDevInfo* info),
+               (modelType, deviceIndex, info))
+/* As PelmDev_GetDeviceInfo, with the serial number (empty for models that do
+ * not read one) and, for the class-based models (types 11, 17, 18, 19), the
+ * output report length; the field keeps the host's value for the others. The
+ * host sets structSize to sizeof(PelmDevInfo2) (331) first: any other size gives
+ * PELM_SUCCESS without writing. The record must be writable for 331 bytes.
+ * Default form only. */
+PELM_CORE_SINGLE(int32_t, PELM_CDECL, PelmDev_GetDeviceInfo2,
+                 (int32_t modelType, int32_t deviceIndex, PelmDevInfo2* info), (modelType, deviceIndex, info))
+
 /* Connect callback: (model type, device index, PELM_EVENT_ARRIVAL or _REMOVAL)
  * on the thread that called PelmDev_Init. 1 when stored; 0 for null (the
  * registered one stays). Each form has its own slot; both are called, default
@@ -93,3 +110,42 @@ PELM_MODEL_COUNT(PelmEngineStart)
  * writable. Nothing is reset; no device transfer. */
 PELM_MODEL_OP(PelmEngineStart, GetControlVals, (uint8_t* selector1, uint8_t* selector2, uint8_t* selector3),
               (selector1, selector2, selector3))
+
+/* ---- Display-control panel (type 13), 4 slots ------------------------------- */
+
+PELM_MODEL_COUNT(PelmMapCtl)
+/* Writes the dial counts of the latest input report (detents, signed) and sets
+ * each to 0 as it is handed out, then the button bits and the selector
+ * positions (first selector in bits 0-1, second in bits 4-6). Each value only
+ * where its pointer is writable; a dial skipped keeps its count for a later
+ * call. No device transfer. The input callback's record (7 bytes): dial 1 and
+ * dial 2 (int16), buttons (uint16), selectors (uint8), of every report. */
+PELM_MODEL_OP(PelmMapCtl, GetControlVals, (int16_t* dial1, int16_t* dial2, uint16_t* switches, uint8_t* selectors),
+              (dial1, dial2, switches, selectors))
+
+/* ---- Throttle quadrant (type 9), 4 slots ------------------------------------- */
+
+PELM_MODEL_COUNT(PelmThrottle)
+/* Writes the positions of levers 1 to 6 and the switch bits (contacts in bits
+ * 1-4) of the latest input report, each where its pointer is not null; an
+ * unwritable pointer is skipped. Nothing is reset; no device transfer. The
+ * quadrant is read at most 20 times a second; the input callback's record
+ * (7 bytes): the six positions, then the switch bits. */
+PELM_MODEL_OP(PelmThrottle, GetControlVals,
+              (uint8_t* lever1, uint8_t* lever2, uint8_t* lever3, uint8_t* lever4, uint8_t* lever5, uint8_t* lever6,
+               uint8_t* switches),
+              (lever1, lever2, lever3, lever4, lever5, lever6, switches))
+
+/* ---- Engine-control module (type 14), 8 slots -------------------------------- */
+
+PELM_MODEL_COUNT(PelmEngineCtl)
+/* Writes the rotary selector position (1 to 5; 0 before any report set it),
+ * the first two-contact switch (0 or 1), the three-position switch (2 up,
+ * 1 middle, 0 down), the second two-contact switch (0 or 1) and the twelve
+ * contact bits, each only where its pointer is writable. Nothing is reset; no device transfer.
+ * The input callback comes only for reports with a selector contact closed;
+ * its record (6 bytes): the four values (uint8 each), then the contacts
+ * (uint16). */
+PELM_MODEL_OP(PelmEngineCtl, GetControlVals,
+              (uint8_t* selector, uint8_t* switch1, uint8_t* threePosition, uint8_t* switch2, uint16_t* switches),
+              (selector, switch1, threePosition, switch2, switches))

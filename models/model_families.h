@@ -2,13 +2,19 @@
 // Each export family's device type, by the family's name: the export layer
 // finds a family's model through these names.
 
+#include "models/engine_ctl.h"
 #include "models/engine_start.h"
+#include "models/map_ctl.h"
 #include "models/switch_panels.h"
+#include "models/throttle.h"
 
 namespace pelm::families {
 
 using PelmButtons = cPelmButtons;
 using PelmToggles = cPelmToggles;
 using PelmEngineStart = cPelmEngineStart;
+using PelmMapCtl = cPelmMapCtl;
+using PelmThrottle = cPelmThrottle;
+using PelmEngineCtl = cPelmEngineCtl;
 
 }  // namespace pelm::families

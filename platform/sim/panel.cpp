@@ -3,6 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/sim/panels/engine_ctl_panel.h"
+#include "platform/sim/panels/map_ctl_panel.h"
+#include "platform/sim/panels/throttle_panel.h"
+
 namespace pelm::sim {
 
 bool GenericPanel::AnswerFeature(uint8_t* report, uint32_t length) {
@@ -39,6 +43,17 @@ std::optional<Report> GenericPanel::LastOutput() const {
   return lastOutput_;
 }
 
-std::unique_ptr<Panel> MakePanel(uint16_t) { return std::make_unique<GenericPanel>(); }
+std::unique_ptr<Panel> MakePanel(uint16_t productId) {
+  switch (productId) {
+    case MapCtlPanel::kProductId:
+      return std::make_unique<MapCtlPanel>();
+    case ThrottlePanel::kProductId:
+      return std::make_unique<ThrottlePanel>();
+    case EngineCtlPanel::kProductId:
+      return std::make_unique<EngineCtlPanel>();
+    default:
+      return std::make_unique<GenericPanel>();
+  }
+}
 
 }  // namespace pelm::sim
