@@ -93,7 +93,8 @@ TEST_F(CallbacksTest, AnInputCallbackThatBlocksMakesOtherDevicesEventsDrop) {
   PelmDev_RegisterInputCallback([](int32_t, int32_t index, void*) {
     if (index == 0) {
       blocked = true;
-      std::this_thread::sleep_for(2s);
+      // Longer than one wait for the mutex, shorter than two.
+      std::this_thread::sleep_for(1500ms);
     } else {
       ++fromSecond;
     }
