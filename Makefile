@@ -1,11 +1,12 @@
 # The two quick-start commands (see README.md). Each installs what is missing,
 # configures, builds and runs.
 
-PACKAGES := cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev
+PACKAGES := cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev \
+            g++-mingw-w64-i686 gcc-multilib g++-multilib qemu-user
 SUDO := $(if $(filter 0,$(shell id -u)),,sudo)
 TEST_PRESETS := debug asan tsan
 
-.PHONY: deps test demo bench clean
+.PHONY: deps test platform-checks demo bench clean
 
 deps:
 	@missing=""; \
@@ -25,6 +26,19 @@ test: deps
 	  cmake --build --preset $$p; \
 	  ctest --preset $$p; \
 	done
+	@$(MAKE) --no-print-directory platform-checks
+
+# The builds for other targets and what proves them: the Windows DLL's export
+# table, the Linux shared library's, and both calling forms on 32-bit x86.
+platform-checks:
+	@echo "=== PELMDEV.dll (32-bit Windows) ==="
+	@cmake --preset win32 >/dev/null && cmake --build --preset win32
+	@tests/exports/check_exports.sh dll build/win32/PELMDEV.dll tests/exports/expected_exports.txt
+	@echo "=== libpelmdev.so (x86-64 Linux) ==="
+	@tests/exports/check_exports.sh so build/debug/libpelmdev.so tests/exports/expected_exports.txt
+	@echo "=== 32-bit x86 Linux: calling forms ==="
+	@cmake --preset i386 >/dev/null && cmake --build --preset i386
+	@tests/abi/run_calling_forms_check.sh build/i386/pelm_calling_forms_check
 
 demo: deps
 	@cmake --preset release >/dev/null

@@ -11,6 +11,9 @@ namespace pelm::exports {
 uint32_t PelmDev_Init(void* instance);
 uint32_t PelmDev_Terminate();
 
+int32_t PelmDev_GetDeviceInfo(int32_t modelType, int32_t deviceIndex, PelmDevInfo* info);
+int32_t PelmDev_GetDeviceInfo2(int32_t modelType, int32_t deviceIndex, PelmDevInfo2* info);
+
 uint32_t PelmDev_RegisterConnectCallback(PelmConnectCallback callback);
 uint32_t PelmDev_RegisterConnectCallback_stdcall(PelmConnectCallbackStdcall callback);
 uint32_t PelmDev_UnregisterConnectCallback();

@@ -25,6 +25,23 @@ PELM_CORE_PAIR(uint32_t, PelmDev_Init, (void* instance), (instance))
 /* Stops notification, forgets every callback and closes every device. Always 0. */
 PELM_CORE_PAIR(uint32_t, PelmDev_Terminate, (void), ())
 
+/* Describes the device in slot `deviceIndex` of model `modelType`: its path
+ * (upper-case) and HID version number. PELM_SUCCESS without writing anything
+ * for a type code that names no model; PELM_ERR_INDEX outside the model's
+ * slots; PELM_ERR_NODEVICE for an empty slot (an unplugged device still in its
+ * slot is described); PELM_ERR_PARAM for a null or unwritable record. No
+ * device transfer. Only the path's bytes up to its terminator are written. */
+PELM_CORE_PAIR(int32_t, PelmDev_GetDeviceInfo, (int32_t modelType, int32_t deviceIndex, PelmDevInfo* info),
+               (modelType, deviceIndex, info))
+/* As PelmDev_GetDeviceInfo, with the serial number (empty for models that do
+ * not read one) and, for the class-based models (types 11, 17, 18, 19), the
+ * output report length; the field keeps the host's value for the others. The
+ * host sets structSize to sizeof(PelmDevInfo2) (331) first: any other size gives
+ * PELM_SUCCESS without writing. The record must be writable for 331 bytes.
+ * Default form only. */
+PELM_CORE_SINGLE(int32_t, PELM_CDECL, PelmDev_GetDeviceInfo2,
+                 (int32_t modelType, int32_t deviceIndex, PelmDevInfo2* info), (modelType, deviceIndex, info))
+
 /* Connect callback: (model type, device index, PELM_EVENT_ARRIVAL or _REMOVAL)
  * on the thread that called PelmDev_Init. 1 when stored; 0 for null (the
  * registered one stays). Each form has its own slot; both are called, default
@@ -102,7 +119,8 @@ PELM_MODEL_COUNT(PelmRadio)
 PELM_MODEL_OP(PelmRadio, GetBrightness, (uint16_t* level), (level))
 /* Writes the two dials' movement counts of the latest input report and sets
  * them to 0, and the switch bits (which stay). A null or unwritable pointer is
- * skipped, and its dial keeps its count. No device transfer. */
+ * skipped, and its dial keeps its count. No device transfer. The input
+ * callback's record (5 bytes): dial 1 and dial 2 (int16), switches (uint8). */
 PELM_MODEL_OP(PelmRadio, GetControlVals, (int16_t* dial1, int16_t* dial2, uint8_t* switches),
               (dial1, dial2, switches))
 /* Writes the indicator bits read back from the panel; as GetBrightness. */
@@ -127,7 +145,8 @@ PELM_MODEL_OP(PelmRadio, SetRDisplayText, (const char* text), (text))
 PELM_MODEL_COUNT(PelmAlpha)
 /* Writes the two dials' movement counts of the latest input report and sets
  * them to 0. A null or unwritable pointer is skipped, and its dial keeps its
- * count. No device transfer. */
+ * count. No device transfer. The input callback's record (4 bytes): dial 1 and
+ * dial 2 (int16). */
 PELM_MODEL_OP(PelmAlpha, GetDialVals, (int16_t* dial1, int16_t* dial2), (dial1, dial2))
 /* Draws the text on the four sixteen-segment characters, left to right. */
 PELM_MODEL_OP(PelmAlpha, SetAlpha, (const char* text), (text))
@@ -148,7 +167,8 @@ PELM_MODEL_COUNT(PelmAlpha2)
 /* Writes the brightness level read back from the panel. PELM_ERR_IO when the
  * read fails (the variable is then untouched); PELM_ERR_PARAM for a null pointer. */
 PELM_MODEL_OP(PelmAlpha2, GetBrightness, (uint16_t* level), (level))
-/* As PelmAlpha_GetDialVals, plus the switch bits, which stay. */
+/* As PelmAlpha_GetDialVals, plus the switch bits, which stay. The input
+ * callback's record (5 bytes): dial 1 and dial 2 (int16), switches (uint8). */
 PELM_MODEL_OP(PelmAlpha2, GetControlVals, (int16_t* dial1, int16_t* dial2, uint8_t* switches),
               (dial1, dial2, switches))
 PELM_MODEL_OP(PelmAlpha2, SetAlpha, (const char* text), (text))
@@ -166,7 +186,8 @@ PELM_MODEL_COUNT(PelmSquawk)
 PELM_MODEL_OP(PelmSquawk, GetBrightness, (uint32_t* level), (level))
 /* Writes the dial's movement count of the latest input report and sets it to 0,
  * and the switch bits (which stay). A null or unwritable pointer is skipped,
- * and the dial then keeps its count. No device transfer. */
+ * and the dial then keeps its count. No device transfer. The input callback's
+ * record (3 bytes): dial (int16), switches (uint8). */
 PELM_MODEL_OP(PelmSquawk, GetControlVals, (int16_t* dial, uint8_t* switches), (dial, switches))
 /* Queues the brightness level (low four bits). PELM_SUCCESS without sending
  * when the device is not connected. */
@@ -188,7 +209,8 @@ PELM_MODEL_OP(PelmAutopilot, GetBrightness, (uint16_t* level), (level))
 /* Writes the five dials' movement counts and sets them to 0, and the two switch
  * bytes (which stay). Until the first input report the dials are those the
  * panel reported at open. A null or unwritable pointer is skipped, and its dial
- * keeps its count. No device transfer. */
+ * keeps its count. No device transfer. The input callback's record (12 bytes):
+ * dials 1 to 5 (int16), switch bytes 1 and 2 (uint8). */
 PELM_MODEL_OP(PelmAutopilot, GetControlVals,
               (int16_t* dial1, int16_t* dial2, int16_t* dial3, int16_t* dial4, int16_t* dial5, uint8_t* switches1,
                uint8_t* switches2),
@@ -217,7 +239,9 @@ PELM_MODEL_OP(PelmAutopilot, SetEDisplayText, (const char* text), (text))
 
 PELM_MODEL_COUNT(PelmAutopilot2)
 PELM_MODEL_OP(PelmAutopilot2, GetBrightness, (uint16_t* level), (level))
-/* As PelmAutopilot_GetControlVals, with six dials and a 32-bit switch word. */
+/* As PelmAutopilot_GetControlVals, with six dials and a 32-bit switch word.
+ * The input callback's record (16 bytes): dials 1 to 6 (int16), switches
+ * (uint32). */
 PELM_MODEL_OP(PelmAutopilot2, GetControlVals,
               (int16_t* dial1, int16_t* dial2, int16_t* dial3, int16_t* dial4, int16_t* dial5, int16_t* dial6,
                uint32_t* switches),
@@ -243,3 +267,42 @@ PELM_MODEL_OP(PelmAutopilot2, SetEDisplaySegments, (const uint8_t* segments), (s
 PELM_MODEL_OP(PelmAutopilot2, SetEDisplayText, (const char* text), (text))
 PELM_MODEL_OP(PelmAutopilot2, SetFDisplaySegments, (const uint8_t* segments), (segments))
 PELM_MODEL_OP(PelmAutopilot2, SetFDisplayText, (const char* text), (text))
+
+/* ---- Display-control panel (type 13), 4 slots ------------------------------- */
+
+PELM_MODEL_COUNT(PelmMapCtl)
+/* Writes the dial counts of the latest input report (detents, signed) and sets
+ * each to 0 as it is handed out, then the button bits and the selector
+ * positions (first selector in bits 0-1, second in bits 4-6). Each value only
+ * where its pointer is writable; a dial skipped keeps its count for a later
+ * call. No device transfer. The input callback's record (7 bytes): dial 1 and
+ * dial 2 (int16), buttons (uint16), selectors (uint8), of every report. */
+PELM_MODEL_OP(PelmMapCtl, GetControlVals, (int16_t* dial1, int16_t* dial2, uint16_t* switches, uint8_t* selectors),
+              (dial1, dial2, switches, selectors))
+
+/* ---- Throttle quadrant (type 9), 4 slots ------------------------------------- */
+
+PELM_MODEL_COUNT(PelmThrottle)
+/* Writes the positions of levers 1 to 6 and the switch bits (contacts in bits
+ * 1-4) of the latest input report, each where its pointer is not null; an
+ * unwritable pointer is skipped. Nothing is reset; no device transfer. The
+ * quadrant is read at most 20 times a second; the input callback's record
+ * (7 bytes): the six positions, then the switch bits. */
+PELM_MODEL_OP(PelmThrottle, GetControlVals,
+              (uint8_t* lever1, uint8_t* lever2, uint8_t* lever3, uint8_t* lever4, uint8_t* lever5, uint8_t* lever6,
+               uint8_t* switches),
+              (lever1, lever2, lever3, lever4, lever5, lever6, switches))
+
+/* ---- Engine-control module (type 14), 8 slots -------------------------------- */
+
+PELM_MODEL_COUNT(PelmEngineCtl)
+/* Writes the rotary selector position (1 to 5; 0 before any report set it),
+ * the first two-contact switch (0 or 1), the three-position switch (2 up,
+ * 1 middle, 0 down), the second two-contact switch (0 or 1) and the twelve
+ * contact bits, each only where its pointer is writable. Nothing is reset; no device transfer.
+ * The input callback comes only for reports with a selector contact closed;
+ * its record (6 bytes): the four values (uint8 each), then the contacts
+ * (uint16). */
+PELM_MODEL_OP(PelmEngineCtl, GetControlVals,
+              (uint8_t* selector, uint8_t* switch1, uint8_t* threePosition, uint8_t* switch2, uint16_t* switches),
+              (selector, switch1, threePosition, switch2, switches))

@@ -33,12 +33,12 @@ inline constexpr Factory kGear2 = nullptr;
 inline constexpr Factory kRadio = OpenRecord<cPelmRadio>;
 inline constexpr Factory kAutopilot = OpenRecord<cPelmAutopilot>;
 inline constexpr Factory kAutopilot2 = OpenRecord<cPelmAutopilot2>;
-inline constexpr Factory kMapCtl = nullptr;
+inline constexpr Factory kMapCtl = OpenRecord<cPelmMapCtl>;
 inline constexpr Factory kSquawk = OpenRecord<cPelmSquawk>;
-inline constexpr Factory kEngineCtl = nullptr;
+inline constexpr Factory kEngineCtl = OpenRecord<cPelmEngineCtl>;
 inline constexpr Factory kEngineStart = ConstructDevice<cPelmEngineStart>;
 inline constexpr Factory kKeypad = nullptr;
-inline constexpr Factory kThrottle = nullptr;
+inline constexpr Factory kThrottle = OpenRecord<cPelmThrottle>;
 inline constexpr Factory kIoBoard = nullptr;
 
 }  // namespace pelm::factories

@@ -5,8 +5,11 @@
 
 #include "platform/sim/panels/alpha_panels.h"
 #include "platform/sim/panels/autopilot_panels.h"
+#include "platform/sim/panels/engine_ctl_panel.h"
+#include "platform/sim/panels/map_ctl_panel.h"
 #include "platform/sim/panels/radio_panel.h"
 #include "platform/sim/panels/squawk_panel.h"
+#include "platform/sim/panels/throttle_panel.h"
 
 namespace pelm::sim {
 
@@ -57,6 +60,12 @@ std::unique_ptr<Panel> MakePanel(uint16_t productId) {
       return std::make_unique<AutopilotPanelSim>();
     case Autopilot2PanelSim::kProductId:
       return std::make_unique<Autopilot2PanelSim>();
+    case MapCtlPanel::kProductId:
+      return std::make_unique<MapCtlPanel>();
+    case ThrottlePanel::kProductId:
+      return std::make_unique<ThrottlePanel>();
+    case EngineCtlPanel::kProductId:
+      return std::make_unique<EngineCtlPanel>();
     default:
       return std::make_unique<GenericPanel>();
   }

@@ -209,15 +209,39 @@ class SimNotifier : public platform::DeviceNotifier {
   std::deque<std::pair<platform::DeviceEvent, std::string>> pending_;
 };
 
-// Named mutexes of the simulated backend are shared within the process.
-class SimNamedMutex : public platform::NamedMutex {
+// Named mutexes of the simulated backend are shared within the process. Built
+// on a condition variable rather than std::timed_mutex, whose timed lock goes
+// through a glibc call that ThreadSanitizer does not see.
+class ProcessMutex {
  public:
-  explicit SimNamedMutex(std::shared_ptr<std::timed_mutex> mutex) : mutex_(std::move(mutex)) {}
-  bool LockFor(std::chrono::milliseconds timeout) override { return mutex_->try_lock_for(timeout); }
-  void Unlock() override { mutex_->unlock(); }
+  bool LockFor(std::chrono::milliseconds timeout) {
+    std::unique_lock hold(mutex_);
+    if (!released_.wait_for(hold, timeout, [this] { return !locked_; })) return false;
+    locked_ = true;
+    return true;
+  }
+  void Unlock() {
+    {
+      std::lock_guard hold(mutex_);
+      locked_ = false;
+    }
+    released_.notify_one();
+  }
 
  private:
-  const std::shared_ptr<std::timed_mutex> mutex_;
+  std::mutex mutex_;
+  std::condition_variable released_;
+  bool locked_ = false;
+};
+
+class SimNamedMutex : public platform::NamedMutex {
+ public:
+  explicit SimNamedMutex(std::shared_ptr<ProcessMutex> mutex) : mutex_(std::move(mutex)) {}
+  bool LockFor(std::chrono::milliseconds timeout) override { return mutex_->LockFor(timeout); }
+  void Unlock() override { mutex_->Unlock(); }
+
+ private:
+  const std::shared_ptr<ProcessMutex> mutex_;
 };
 
 std::atomic<uint64_t> nextHandleId{1};
@@ -267,11 +291,11 @@ std::unique_ptr<DeviceNotifier> StartDeviceNotifier(void* instance, DeviceEventH
 
 std::unique_ptr<NamedMutex> CreateNamedMutex(const char* name) {
   static std::mutex registryMutex;
-  static auto* registry = new std::map<std::string, std::weak_ptr<std::timed_mutex>>;
+  static auto* registry = new std::map<std::string, std::weak_ptr<sim::ProcessMutex>>;
   std::lock_guard hold(registryMutex);
-  std::shared_ptr<std::timed_mutex> mutex = (*registry)[name].lock();
+  std::shared_ptr<sim::ProcessMutex> mutex = (*registry)[name].lock();
   if (!mutex) {
-    mutex = std::make_shared<std::timed_mutex>();
+    mutex = std::make_shared<sim::ProcessMutex>();
     (*registry)[name] = mutex;
   }
   return std::make_unique<sim::SimNamedMutex>(mutex);

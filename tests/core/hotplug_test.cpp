@@ -1,0 +1,142 @@
+// Arrival and removal while the host runs, pumped through the extension API.
+
+#include <gtest/gtest.h>
+
+#include <cctype>
+
+#include "support/library_fixture.h"
+
+namespace pelm::test {
+namespace {
+
+constexpr uint16_t kButtonsId = 0x0020;
+constexpr uint16_t kEngineStartId = 0x003C;
+
+std::vector<ConnectEvent> events;
+
+void RecordConnect(int32_t modelType, int32_t deviceIndex, int32_t event) {
+  events.push_back({modelType, deviceIndex, event});
+}
+
+class HotplugTest : public LibraryTest {
+ protected:
+  void SetUp() override {
+    LibraryTest::SetUp();
+    events.clear();
+  }
+
+  void StartWithHotplug() {
+    PelmDev_Init(kHostInstance);
+    ASSERT_EQ(PelmDev_RegisterConnectCallback(RecordConnect), 1u);
+  }
+
+  void Pump() { PelmDevExt_DispatchEvents(); }
+};
+
+TEST_F(HotplugTest, UnplugAndReplugKeepTheSlotAndTheState) {
+  auto device = Plug(kButtonsId, 1);
+  StartWithHotplug();
+  device->InjectInput({0, 0x5A});
+  uint8_t switches = 0;
+  ASSERT_TRUE(WaitUntil([&] { return PelmButtons_GetSwitchVals(0, &switches) == 0 && switches == 0x5A; }));
+
+  bus().Unplug(device->Spec().path);
+  EXPECT_GE(PelmDevExt_EventDescriptor(), 0);
+  Pump();
+  EXPECT_EQ(PelmButtons_GetNumDevices(), 0u);
+  EXPECT_EQ(PelmButtons_GetSwitchVals(0, &switches), PELM_ERR_NODEVICE);
+  EXPECT_EQ(PelmButtons_SetBrightness(0, 1), PELM_SUCCESS);  // brightness never refuses
+  EXPECT_EQ(device->OpenHandles(), 0);
+
+  bus().Plug(device->Spec());
+  Pump();
+  EXPECT_EQ(events, (std::vector<ConnectEvent>{{PELM_MODEL_BUTTONS, 0, PELM_EVENT_REMOVAL},
+                                                {PELM_MODEL_BUTTONS, 0, PELM_EVENT_ARRIVAL}}));
+  EXPECT_EQ(PelmButtons_GetNumDevices(), 1u);
+  ASSERT_EQ(PelmButtons_GetSwitchVals(0, &switches), PELM_SUCCESS);
+  EXPECT_EQ(switches, 0x5A);
+}
+
+TEST_F(HotplugTest, ANewPanelTakesTheLowestFreeSlotAndTheOldOneComesBackToItsOwn) {
+  auto first = Plug(kButtonsId, 1);
+  Plug(kButtonsId, 2);
+  StartWithHotplug();
+  bus().Unplug(first->Spec().path);
+  Plug(kButtonsId, 3);
+  Pump();
+  bus().Plug(first->Spec());
+  Pump();
+  EXPECT_EQ(events, (std::vector<ConnectEvent>{{PELM_MODEL_BUTTONS, 0, PELM_EVENT_REMOVAL},
+                                                {PELM_MODEL_BUTTONS, 2, PELM_EVENT_ARRIVAL},
+                                                {PELM_MODEL_BUTTONS, 0, PELM_EVENT_ARRIVAL}}));
+  EXPECT_EQ(PelmButtons_GetNumDevices(), 3u);
+}
+
+TEST_F(HotplugTest, PathsMatchWhateverTheirCase) {
+  sim::DeviceSpec spec = PanelSpec(kButtonsId, 1);
+  for (std::size_t i = 0; i < spec.path.size(); i += 2) {
+    spec.path[i] = static_cast<char>(std::toupper(static_cast<unsigned char>(spec.path[i])));
+  }
+  auto device = bus().Plug(spec);
+  StartWithHotplug();
+  bus().Unplug(spec.path);
+  Pump();
+  EXPECT_EQ(events, (std::vector<ConnectEvent>{{PELM_MODEL_BUTTONS, 0, PELM_EVENT_REMOVAL}}));
+}
+
+TEST_F(HotplugTest, RepeatedBroadcastsAreReportedAgain) {
+  auto device = Plug(kButtonsId, 1);
+  StartWithHotplug();
+  bus().Plug(device->Spec());  // arrival of a device that already runs: restarted
+  bus().Unplug(device->Spec().path);
+  bus().Unplug(device->Spec().path);
+  Pump();
+  EXPECT_EQ(events, (std::vector<ConnectEvent>{{PELM_MODEL_BUTTONS, 0, PELM_EVENT_ARRIVAL},
+                                                {PELM_MODEL_BUTTONS, 0, PELM_EVENT_REMOVAL},
+                                                {PELM_MODEL_BUTTONS, 0, PELM_EVENT_REMOVAL}}));
+}
+
+TEST_F(HotplugTest, ANewPanelBeyondTheSlotTableIsDiscardedSilently) {
+  for (int i = 0; i < 32; ++i) Plug(kButtonsId, i);
+  StartWithHotplug();
+  auto extra = Plug(kButtonsId, 32);
+  Pump();
+  EXPECT_TRUE(events.empty());
+  EXPECT_EQ(PelmButtons_GetNumDevices(), 32u);
+  EXPECT_EQ(extra->OpenHandles(), 0);
+}
+
+TEST_F(HotplugTest, ForeignDevicesAndUnknownRemovalsAreIgnored) {
+  StartWithHotplug();
+  sim::DeviceSpec foreign = PanelSpec(kButtonsId, 1);
+  foreign.vendorId = 0x1234;
+  bus().Plug(foreign);
+  bus().Unplug(foreign.path);
+  EXPECT_EQ(PelmDevExt_DispatchEvents(), 2u);
+  EXPECT_TRUE(events.empty());
+}
+
+TEST_F(HotplugTest, ClassBasedArrivalsAreOpenedAndReported) {
+  StartWithHotplug();
+  auto device = Plug(kEngineStartId, 1);
+  device->PanelAs<sim::GenericPanel>().SetFeatureAnswer({2, 0x90});
+  Pump();
+  EXPECT_EQ(events, (std::vector<ConnectEvent>{{PELM_MODEL_ENGINESTART, 0, PELM_EVENT_ARRIVAL}}));
+  uint8_t positions[3] = {};
+  ASSERT_EQ(PelmEngineStart_GetControlVals(0, &positions[0], &positions[1], &positions[2]), PELM_SUCCESS);
+  EXPECT_EQ(positions[1], 1);
+}
+
+TEST_F(HotplugTest, WithoutAnInstanceChangesGoUnnoticed) {
+  auto device = Plug(kButtonsId, 1);
+  PelmDev_Init(nullptr);
+  PelmDev_RegisterConnectCallback(RecordConnect);
+  EXPECT_EQ(PelmDevExt_EventDescriptor(), -1);
+  bus().Unplug(device->Spec().path);
+  EXPECT_EQ(PelmDevExt_DispatchEvents(), 0u);
+  EXPECT_TRUE(events.empty());
+  EXPECT_EQ(PelmButtons_GetNumDevices(), 1u);
+}
+
+}  // namespace
+}  // namespace pelm::test

@@ -1,0 +1,83 @@
+// The throttle quadrant through its exports: report decoding, null pointers,
+// and the pacing of its reader.
+
+#include "models/throttle.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <chrono>
+#include <thread>
+
+#include "platform/sim/panels/throttle_panel.h"
+#include "support/input_capture.h"
+#include "support/library_fixture.h"
+
+namespace pelm::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr uint16_t kThrottleId = sim::ThrottlePanel::kProductId;
+
+class ThrottleTest : public LibraryTest {};
+
+TEST_F(ThrottleTest, LeversAreCopiedAndContactsReversed) {
+  const std::pair<uint8_t, uint8_t> contactsToSwitches[] = {{0x01, 0x10}, {0x02, 0x08}, {0x04, 0x04},
+                                                            {0x08, 0x02}, {0x0F, 0x1E}, {0xF0, 0x00}};
+  auto device = Plug(kThrottleId, 1);
+  auto& panel = device->PanelAs<sim::ThrottlePanel>();
+  PelmDev_Init(kHostInstance);
+  InputCapture capture(sizeof(ThrottleInputRecord));
+  std::size_t reported = 0;
+  for (const auto& [contacts, switches] : contactsToSwitches) {
+    const std::array<uint8_t, kThrottleLeverCount> levers = {uint8_t(reported), 1, 0x7F, 0x80, 0xFE, 0xFF};
+    for (int lever = 0; lever < kThrottleLeverCount; ++lever) panel.SetLever(lever + 1, levers[lever]);
+    panel.SetSwitchContacts(contacts);
+    device->InjectInput(panel.InputReport());
+    ASSERT_TRUE(capture.WaitForCount(++reported));
+    const auto record = capture.Calls().back().As<ThrottleInputRecord>();
+    EXPECT_EQ(record.switchVals, switches) << "contacts " << int{contacts};
+    EXPECT_TRUE(std::equal(levers.begin(), levers.end(), record.axisVals));
+
+    std::array<uint8_t, kThrottleLeverCount> read{};
+    uint8_t readSwitches = 0;
+    // Twice: nothing is reset.
+    for (int call = 0; call < 2; ++call) {
+      EXPECT_EQ(
+          PelmThrottle_GetControlVals(0, &read[0], &read[1], &read[2], &read[3], &read[4], &read[5], &readSwitches),
+          PELM_SUCCESS);
+      EXPECT_EQ(read, levers);
+      EXPECT_EQ(readSwitches, switches);
+    }
+  }
+  EXPECT_EQ(PelmThrottle_GetControlVals_stdcall(0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr),
+            PELM_SUCCESS);
+
+  bus().Unplug(device->Spec().path);
+  PelmDevExt_DispatchEvents();
+  EXPECT_EQ(PelmThrottle_GetControlVals(0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr),
+            PELM_ERR_NODEVICE);
+}
+
+TEST_F(ThrottleTest, AContinuouslySendingQuadrantIsReadAtMostTwentyTimesASecond) {
+  auto device = Plug(kThrottleId, 1);
+  PelmDev_Init(nullptr);
+  InputCapture capture(sizeof(ThrottleInputRecord));
+  // The simulated quadrant sends a report about every millisecond, fifty times
+  // faster than the reader's pacing; the loop paces the device, it waits for
+  // nothing in the library.
+  constexpr auto kWindow = 1s;
+  constexpr std::size_t kMostExpected = 30;  // 21 at the pacing, with room for a slow clock
+  const auto end = std::chrono::steady_clock::now() + kWindow;
+  for (uint8_t position = 0; std::chrono::steady_clock::now() < end; ++position) {
+    device->InjectInput({0, position, 0, 0, 0, 0, 0, 0});
+    std::this_thread::sleep_for(1ms);
+  }
+  const std::size_t reported = capture.Count();
+  EXPECT_GT(reported, 0u);
+  EXPECT_LE(reported, kMostExpected);
+}
+
+}  // namespace
+}  // namespace pelm::test
