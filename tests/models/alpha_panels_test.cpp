@@ -49,7 +49,7 @@ TEST_F(AlphaPanelsTest, FirstPanelDialsAreSignedAndResetWhenRead) {
   auto device = PlugAndInit(AlphaPanelSim::kAlphaProductId);
   InputCapture capture(sizeof(AlphaInputRecord));
   device->InjectInput({0, 0x80, 0x7F});
-  const auto received = capture.WaitFor(1);
+  const auto received = WaitForCalls(capture, 1);
   EXPECT_EQ(received[0].modelType, PELM_MODEL_ALPHA);
   EXPECT_EQ(received[0].record, BytesOf(AlphaInputRecord{{-128, 127}}));
   int16_t dial1 = 0, dial2 = 0;
@@ -63,7 +63,7 @@ TEST_F(AlphaPanelsTest, SecondPanelReportsSwitchesThatStay) {
   auto device = PlugAndInit(AlphaPanelSim::kAlpha2ProductId);
   InputCapture capture(sizeof(Alpha2InputRecord));
   device->InjectInput({0, 0xFE, 0x01, 0x5A});
-  const auto received = capture.WaitFor(1);
+  const auto received = WaitForCalls(capture, 1);
   EXPECT_EQ(received[0].modelType, PELM_MODEL_ALPHA2);
   EXPECT_EQ(received[0].record, BytesOf(Alpha2InputRecord{{-2, 1}, 0x5A}));
   int16_t dial1 = 0, dial2 = 0;

@@ -4,9 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "models/autopilot_panels.h"
 #include "models/display_test_support.h"
 #include "platform/sim/panels/autopilot_panels.h"
+#include "support/guarded_memory.h"
 
 namespace pelm::test {
 namespace {
@@ -94,8 +97,15 @@ TEST_F(AutopilotPanelsTest, SecondPanelRemembersItsIndicatorsWithoutAskingThePan
   ASSERT_EQ(PelmAutopilot2_SetIndicators(0, 0x01020304), PELM_SUCCESS);
   ASSERT_EQ(PelmAutopilot2_GetIndicators_stdcall(0, &indicators), PELM_SUCCESS);
   EXPECT_EQ(indicators, 0x01020304u);
-  static const uint32_t kReadOnly = 0;
-  EXPECT_EQ(PelmAutopilot2_GetIndicators(0, const_cast<uint32_t*>(&kReadOnly)), PELM_SUCCESS);
+  // Four bytes of which the last is read-only: none of them is written.
+  GuardedMemory memory;
+  ASSERT_TRUE(memory.Mapped());
+  auto* partlyWritable = memory.LastByteReadOnly<uint32_t>();
+  std::memset(partlyWritable, 0xEE, sizeof(uint32_t) - 1);
+  EXPECT_EQ(PelmAutopilot2_GetIndicators(0, partlyWritable), PELM_SUCCESS);
+  EXPECT_EQ(std::vector<uint8_t>(reinterpret_cast<uint8_t*>(partlyWritable),
+                                 reinterpret_cast<uint8_t*>(partlyWritable) + 3),
+            (std::vector<uint8_t>{0xEE, 0xEE, 0xEE}));
   EXPECT_EQ(PelmAutopilot2_GetIndicators(0, nullptr), PELM_SUCCESS);
   EXPECT_EQ(device->CountOf(sim::LogOp::GetFeature), 1u);  // the open-time read only
 }
@@ -107,14 +117,14 @@ TEST_F(AutopilotPanelsTest, InputReportsGiveSignedDialsAndSwitches) {
   {
     InputCapture capture(sizeof(AutopilotInputRecord));
     first->InjectInput({0x00, 0xFE, 0x01, 0x00, 0x7F, 0x80, 0x12, 0x34});
-    const auto received = capture.WaitFor(1);
+    const auto received = WaitForCalls(capture, 1);
     EXPECT_EQ(received[0].modelType, PELM_MODEL_AUTOPILOT);
     EXPECT_EQ(received[0].record, BytesOf(AutopilotInputRecord{{-2, 1, 0, 127, -128}, {0x12, 0x34}}));
   }
   {
     InputCapture capture(sizeof(Autopilot2InputRecord));
     second->InjectInput({0x00, 0x1F, 0x2E, 0x3D, 0x80, 0x00, 0x00, 0x01});
-    const auto received = capture.WaitFor(1);
+    const auto received = WaitForCalls(capture, 1);
     EXPECT_EQ(received[0].modelType, PELM_MODEL_AUTOPILOT2);
     EXPECT_EQ(received[0].record, BytesOf(Autopilot2InputRecord{{1, 2, -1, 3, -2, -3}, 0x80000001}));
   }

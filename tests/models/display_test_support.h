@@ -1,12 +1,12 @@
 #pragma once
-// Helpers for the display models' tests: capturing input callback records,
-// waiting for the writer's sends, and taking a panel away and back.
+// Helpers for the display models' tests: setter tables, waiting for the
+// writer's sends and for input callbacks, and taking a panel away and back.
 
 #include <functional>
-#include <mutex>
 #include <string>
 #include <vector>
 
+#include "support/input_capture.h"
 #include "support/library_fixture.h"
 
 namespace pelm::test {
@@ -18,44 +18,11 @@ std::vector<uint8_t> BytesOf(const Record& record) {
   return std::vector<uint8_t>(bytes, bytes + sizeof record);
 }
 
-struct ReceivedInput {
-  int32_t modelType;
-  std::vector<uint8_t> record;
-};
-
-// Copies every input callback record (of the given size) during the call, as a
-// host would have to.
-class InputCapture {
- public:
-  // Call after PelmDev_Init, which forgets callbacks.
-  explicit InputCapture(std::size_t recordSize) {
-    std::lock_guard hold(mutex_);
-    received_.clear();
-    recordSize_ = recordSize;
-    EXPECT_EQ(PelmDev_RegisterInputCallback(&OnInput), 1u);
-  }
-
-  // The first `count` records received, waiting for them if need be.
-  std::vector<ReceivedInput> WaitFor(std::size_t count) {
-    EXPECT_TRUE(WaitUntil([&] {
-      std::lock_guard hold(mutex_);
-      return received_.size() >= count;
-    }));
-    std::lock_guard hold(mutex_);
-    return received_;
-  }
-
- private:
-  static void PELM_CDECL OnInput(int32_t modelType, int32_t, void* record) {
-    std::lock_guard hold(mutex_);
-    const auto* bytes = static_cast<const uint8_t*>(record);
-    received_.push_back({modelType, std::vector<uint8_t>(bytes, bytes + recordSize_)});
-  }
-
-  static inline std::mutex mutex_;
-  static inline std::vector<ReceivedInput> received_;
-  static inline std::size_t recordSize_ = 0;
-};
+// The input callbacks received, once there are at least `count`.
+inline std::vector<CapturedInput> WaitForCalls(const InputCapture& capture, std::size_t count) {
+  EXPECT_TRUE(capture.WaitForCount(count));
+  return capture.Calls();
+}
 
 // A setter call and the report it must send.
 struct SetterCase {

@@ -6,6 +6,7 @@
 #include "models/display_test_support.h"
 #include "models/radio_panel.h"
 #include "platform/sim/panels/radio_panel.h"
+#include "support/guarded_memory.h"
 
 namespace pelm::test {
 namespace {
@@ -40,7 +41,7 @@ TEST_F(RadioPanelTest, InputReportsReachTheCallbackAndTheGettersThatResetTheDial
   auto device = PlugAndInit(RadioPanelSim::kProductId);
   InputCapture capture(sizeof(RadioInputRecord));
   device->InjectInput({0, 0xFF, 0x02, 0x05});
-  const auto received = capture.WaitFor(1);
+  const auto received = WaitForCalls(capture, 1);
   ASSERT_EQ(received.size(), 1u);
   EXPECT_EQ(received[0].modelType, PELM_MODEL_RADIO);
   EXPECT_EQ(received[0].record, BytesOf(RadioInputRecord{{-1, 2}, 0x05}));
@@ -57,11 +58,12 @@ TEST_F(RadioPanelTest, ANullOrUnwritablePointerLeavesItsDialForALaterCall) {
   auto device = PlugAndInit(RadioPanelSim::kProductId);
   InputCapture capture(sizeof(RadioInputRecord));
   device->InjectInput({0, 3, 4, 0});
-  capture.WaitFor(1);
-  static const int16_t kReadOnlyDial = 0;
+  WaitForCalls(capture, 1);
+  GuardedMemory memory;
+  ASSERT_TRUE(memory.Mapped());
   int16_t dial1 = 0, dial2 = 0;
   EXPECT_EQ(PelmRadio_GetControlVals(0, nullptr, &dial2, nullptr), PELM_SUCCESS);
-  EXPECT_EQ(PelmRadio_GetControlVals(0, const_cast<int16_t*>(&kReadOnlyDial), nullptr, nullptr), PELM_SUCCESS);
+  EXPECT_EQ(PelmRadio_GetControlVals(0, memory.ReadOnly<int16_t>(), nullptr, nullptr), PELM_SUCCESS);
   EXPECT_EQ(PelmRadio_GetControlVals(0, &dial1, nullptr, nullptr), PELM_SUCCESS);
   EXPECT_EQ(dial1, 3);
   EXPECT_EQ(dial2, 4);

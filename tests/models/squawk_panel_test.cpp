@@ -34,7 +34,7 @@ TEST_F(SquawkPanelTest, InputReportsReachTheCallbackAndTheGetter) {
   auto device = PlugAndInit(SquawkPanelSim::kProductId);
   InputCapture capture(sizeof(SquawkInputRecord));
   device->InjectInput({0, 0xFD, 0x81});
-  const auto received = capture.WaitFor(1);
+  const auto received = WaitForCalls(capture, 1);
   EXPECT_EQ(received[0].modelType, PELM_MODEL_SQUAWK);
   EXPECT_EQ(received[0].record, BytesOf(SquawkInputRecord{-3, 0x81}));
   int16_t dial = 0;
