@@ -8,9 +8,6 @@
 #include <functional>
 #include <string>
 
-#include "channel/hid_channel.h"
-#include "core/model_table.h"
-#include "core/slot_tables.h"
 #include "models/display_test_support.h"
 
 namespace pelm::test {
@@ -266,9 +263,10 @@ TEST_F(DisplayModelsTest, OnlyTheRadioAndTheSecondAutopilotPanelReadTheirSerialN
     spec.serialNumber = u"AB12";
     bus().Plug(spec);
     PelmDev_Init(nullptr);
-    const cHidChannel* object = ReadSlot(*ModelByTypeCode(typeCode), 0);
-    ASSERT_NE(object, nullptr);
-    EXPECT_EQ(object->SerialNumber(), serial) << spec.path;
+    PelmDevInfo2 info{};
+    info.structSize = sizeof info;
+    ASSERT_EQ(PelmDev_GetDeviceInfo2(typeCode, 0, &info), PELM_SUCCESS);
+    EXPECT_EQ(std::string(info.serialNumber), serial) << spec.path;
   }
 }
 
