@@ -103,6 +103,69 @@ PELM_MODEL_OP(PelmToggles, GetBrightness, (uint16_t* level), (level))
 PELM_MODEL_OP(PelmToggles, SetIndicators, (uint32_t indicators), (indicators))
 PELM_MODEL_OP(PelmToggles, SetBrightness, (uint32_t level), (level))
 
+/* ---- Knob panel (type 7), 32 slots ----------------------------------------- */
+
+PELM_MODEL_COUNT(PelmKnobs)
+/* Writes the count of each knob's latest report (-128 to 127) and clears it, so
+ * a count is handed out once; then the switch byte, which is not cleared. A
+ * null or unwritable pointer is skipped and its knob keeps its count. No device
+ * transfer. The input callback's record: four counts as little-endian 16-bit
+ * integers, then the switch byte (9 bytes). */
+PELM_MODEL_OP(PelmKnobs, GetControlVals,
+              (int16_t* knob1, int16_t* knob2, int16_t* knob3, int16_t* knob4, uint8_t* switches),
+              (knob1, knob2, knob3, knob4, switches))
+/* Reads the indicator byte back from the device: PELM_ERR_IO when the read
+ * fails (the variable is then untouched). PELM_ERR_PARAM for a null pointer. */
+PELM_MODEL_OP(PelmKnobs, GetIndicators, (uint8_t* indicators), (indicators))
+/* Reads the brightness level back from the device. */
+PELM_MODEL_OP(PelmKnobs, GetBrightness, (uint16_t* level), (level))
+/* Reads the indicators back, then queues the new byte (low byte). PELM_ERR_QUEUE
+ * when 25 reports wait; otherwise the read-back's status: PELM_ERR_IO when it
+ * failed, although the new byte is queued then too. */
+PELM_MODEL_OP(PelmKnobs, SetIndicators, (uint32_t indicators), (indicators))
+/* Queues the brightness level (low four bits). PELM_SUCCESS without sending
+ * when the device is not connected. */
+PELM_MODEL_OP(PelmKnobs, SetBrightness, (uint32_t level), (level))
+
+/* ---- Gear panel (type 4), 16 slots ------------------------------------------ */
+
+PELM_MODEL_COUNT(PelmGear)
+/* Writes the latest report's control value (-128 to 127) and clears it, written
+ * or not; then the control byte, which is not cleared. A null or unwritable
+ * pointer is skipped. No device transfer. The input callback's record: the
+ * value as a little-endian 16-bit integer, then the control byte (3 bytes). */
+PELM_MODEL_OP(PelmGear, GetControlVals, (int16_t* value, uint8_t* control), (value, control))
+/* Reads the indicator byte back from the device: PELM_ERR_IO when the read
+ * fails (the variable is then untouched). PELM_ERR_PARAM for a null pointer. */
+PELM_MODEL_OP(PelmGear, GetIndicators, (uint8_t* indicators), (indicators))
+/* Reads the brightness level back from the device. */
+PELM_MODEL_OP(PelmGear, GetBrightness, (uint16_t* level), (level))
+/* Queues the indicator byte (low byte) with bits 0 and 1 always set.
+ * PELM_ERR_QUEUE when 25 reports wait. */
+PELM_MODEL_OP(PelmGear, SetIndicators, (uint32_t indicators), (indicators))
+/* Queues the brightness level (low four bits). PELM_SUCCESS without sending
+ * when the device is not connected. */
+PELM_MODEL_OP(PelmGear, SetBrightness, (uint32_t level), (level))
+
+/* ---- Keyboard unit (type 15), 4 slots --------------------------------------- */
+
+PELM_MODEL_COUNT(PelmKeypad)
+/* Fills `keys` (four bytes) with the non-zero key codes that the unit reported
+ * when it was opened, then zeros, and sets `count` to how many are valid. The
+ * same every call. PELM_ERR_PARAM for a null pointer. Key presses come through
+ * the input callback alone: its record is the key code and three zero bytes. */
+PELM_MODEL_OP(PelmKeypad, GetKeycodes, (uint8_t* keys, uint32_t* count), (keys, count))
+/* Reads the indicator byte back from the device: PELM_ERR_IO when the read
+ * fails (the variable is then untouched). PELM_ERR_PARAM for a null pointer. */
+PELM_MODEL_OP(PelmKeypad, GetIndicators, (uint8_t* indicators), (indicators))
+/* Reads the brightness level back from the device, widened to 32 bits. */
+PELM_MODEL_OP(PelmKeypad, GetBrightness, (uint32_t* level), (level))
+/* Queues the indicator byte (low byte). PELM_ERR_QUEUE when 25 reports wait. */
+PELM_MODEL_OP(PelmKeypad, SetIndicators, (uint32_t indicators), (indicators))
+/* Queues the brightness level (low four bits). PELM_SUCCESS without sending
+ * when the device is not connected. */
+PELM_MODEL_OP(PelmKeypad, SetBrightness, (uint32_t level), (level))
+
 /* ---- Engine-start module (type 17), 8 slots --------------------------------- */
 
 PELM_MODEL_COUNT(PelmEngineStart)

@@ -25,10 +25,10 @@ cHidChannel* ConstructDevice(const char* path) {
 inline constexpr Factory kAlpha = nullptr;
 inline constexpr Factory kAlpha2 = nullptr;
 inline constexpr Factory kButtons = OpenRecord<cPelmButtons>;
-inline constexpr Factory kKnobs = nullptr;
+inline constexpr Factory kKnobs = OpenRecord<cPelmKnobs>;
 inline constexpr Factory kWarning = nullptr;
 inline constexpr Factory kToggles = OpenRecord<cPelmToggles>;
-inline constexpr Factory kGear = nullptr;
+inline constexpr Factory kGear = OpenRecord<cPelmGear>;
 inline constexpr Factory kGear2 = nullptr;
 inline constexpr Factory kRadio = nullptr;
 inline constexpr Factory kAutopilot = nullptr;
@@ -37,7 +37,7 @@ inline constexpr Factory kMapCtl = OpenRecord<cPelmMapCtl>;
 inline constexpr Factory kSquawk = nullptr;
 inline constexpr Factory kEngineCtl = OpenRecord<cPelmEngineCtl>;
 inline constexpr Factory kEngineStart = ConstructDevice<cPelmEngineStart>;
-inline constexpr Factory kKeypad = nullptr;
+inline constexpr Factory kKeypad = OpenRecord<cPelmKeypad>;
 inline constexpr Factory kThrottle = OpenRecord<cPelmThrottle>;
 inline constexpr Factory kIoBoard = nullptr;
 

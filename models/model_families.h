@@ -4,6 +4,9 @@
 
 #include "models/engine_ctl.h"
 #include "models/engine_start.h"
+#include "models/gear_panel.h"
+#include "models/keypad.h"
+#include "models/knob_panel.h"
 #include "models/map_ctl.h"
 #include "models/switch_panels.h"
 #include "models/throttle.h"
@@ -16,5 +19,8 @@ using PelmEngineStart = cPelmEngineStart;
 using PelmMapCtl = cPelmMapCtl;
 using PelmThrottle = cPelmThrottle;
 using PelmEngineCtl = cPelmEngineCtl;
+using PelmKnobs = cPelmKnobs;
+using PelmGear = cPelmGear;
+using PelmKeypad = cPelmKeypad;
 
 }  // namespace pelm::families
