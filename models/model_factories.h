@@ -26,10 +26,10 @@ inline constexpr Factory kAlpha = nullptr;
 inline constexpr Factory kAlpha2 = nullptr;
 inline constexpr Factory kButtons = OpenRecord<cPelmButtons>;
 inline constexpr Factory kKnobs = OpenRecord<cPelmKnobs>;
-inline constexpr Factory kWarning = nullptr;
+inline constexpr Factory kWarning = ConstructDevice<cPelmWarning>;
 inline constexpr Factory kToggles = OpenRecord<cPelmToggles>;
 inline constexpr Factory kGear = OpenRecord<cPelmGear>;
-inline constexpr Factory kGear2 = nullptr;
+inline constexpr Factory kGear2 = ConstructDevice<cPelmGear2>;
 inline constexpr Factory kRadio = nullptr;
 inline constexpr Factory kAutopilot = nullptr;
 inline constexpr Factory kAutopilot2 = nullptr;
@@ -39,6 +39,6 @@ inline constexpr Factory kEngineCtl = OpenRecord<cPelmEngineCtl>;
 inline constexpr Factory kEngineStart = ConstructDevice<cPelmEngineStart>;
 inline constexpr Factory kKeypad = OpenRecord<cPelmKeypad>;
 inline constexpr Factory kThrottle = OpenRecord<cPelmThrottle>;
-inline constexpr Factory kIoBoard = nullptr;
+inline constexpr Factory kIoBoard = ConstructDevice<cPelmIoBoard>;
 
 }  // namespace pelm::factories
