@@ -14,7 +14,8 @@ class Gear2Panel : public LampPanel {
 
   Gear2Panel() : LampPanel(LampReports::Feature) {}
   void SetControls(int8_t value1, int8_t value2, int8_t value3, uint8_t control) {
-    SetControlState({static_cast<uint8_t>(value1), static_cast<uint8_t>(value2), static_cast<uint8_t>(value3), control});
+    SetControlState(
+        {static_cast<uint8_t>(value1), static_cast<uint8_t>(value2), static_cast<uint8_t>(value3), control});
   }
 };
 
