@@ -1,5 +1,5 @@
-// The gear panel: the control value handed out once, the indicator bits that
-// are always set, and the retrying writer.
+// The gear panel: the control value handed out once and the indicator bits
+// that are always set.
 
 #include <gtest/gtest.h>
 
@@ -54,21 +54,6 @@ TEST_F(GearPanelTest, IndicatorBitsZeroAndOneAreAlwaysSent) {
   uint8_t indicators = 0;
   ASSERT_EQ(PelmGear_GetIndicators(0, &indicators), PELM_SUCCESS);
   EXPECT_EQ(indicators, 0xF3);
-}
-
-TEST_F(GearPanelTest, AFailedSendIsRetriedFirstOnAFreshHandle) {
-  auto device = Plug(GearPanel::kProductId, 1);
-  PelmDev_Init(nullptr);
-  device->FailNextSends(1);
-  ASSERT_EQ(PelmGear_SetIndicators(0, 0x10), PELM_SUCCESS);
-  ASSERT_EQ(PelmGear_SetIndicators(0, 0x20), PELM_SUCCESS);
-  ASSERT_EQ(WaitForSent(*device, LogOp::SetFeature, 2).size(), 2u);
-  const auto attempts = device->LogOf(LogOp::SetFeature);
-  ASSERT_EQ(attempts.size(), 3u);
-  EXPECT_FALSE(attempts[0].succeeded);
-  EXPECT_EQ(attempts[1].bytes, attempts[0].bytes);
-  EXPECT_NE(attempts[1].handleId, attempts[0].handleId);
-  EXPECT_EQ(attempts[2].bytes, (Report{2, 0x23}));
 }
 
 }  // namespace

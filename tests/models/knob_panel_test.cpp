@@ -15,25 +15,31 @@ using sim::Report;
 
 constexpr std::size_t kKnobsRecordSize = 9;
 
-class KnobPanelTest : public SwitchModelTest {};
+class KnobPanelTest : public SwitchModelTest {
+ protected:
+  static std::vector<int16_t> TakeCounts(uint8_t* switches = nullptr) {
+    int16_t k[4] = {};
+    EXPECT_EQ(PelmKnobs_GetControlVals(0, &k[0], &k[1], &k[2], &k[3], switches), PELM_SUCCESS);
+    return {k[0], k[1], k[2], k[3]};
+  }
+};
 
 TEST_F(KnobPanelTest, CountsAreSignExtendedAndHandedOutOnce) {
   auto device = Plug(KnobPanel::kProductId, 1);
+  device->PanelAs<KnobPanel>().SetSwitchByte(0xA4);
   PelmDev_Init(nullptr);
+  uint8_t switches = 0;
+  TakeCounts(&switches);
+  EXPECT_EQ(switches, 0xA4);  // from the open-time read
+
   InputCapture inputs(kKnobsRecordSize);
   device->InjectInput({0, 0x03, 0xFD, 0x00, 0x80, 0x11});
   const auto seen = inputs.WaitFor(1);
   ASSERT_EQ(seen.size(), 1u);
   EXPECT_EQ(seen[0].modelType, PELM_MODEL_KNOBS);
   EXPECT_EQ(seen[0].record, (Report{0x03, 0x00, 0xFD, 0xFF, 0x00, 0x00, 0x80, 0xFF, 0x11}));
-
-  int16_t knobs[4] = {};
-  uint8_t switches = 0;
-  ASSERT_EQ(PelmKnobs_GetControlVals(0, &knobs[0], &knobs[1], &knobs[2], &knobs[3], &switches), PELM_SUCCESS);
-  EXPECT_EQ(std::vector<int16_t>(knobs, knobs + 4), (std::vector<int16_t>{3, -3, 0, -128}));
-  EXPECT_EQ(switches, 0x11);
-  ASSERT_EQ(PelmKnobs_GetControlVals(0, &knobs[0], &knobs[1], &knobs[2], &knobs[3], &switches), PELM_SUCCESS);
-  EXPECT_EQ(std::vector<int16_t>(knobs, knobs + 4), (std::vector<int16_t>{0, 0, 0, 0}));
+  EXPECT_EQ(TakeCounts(&switches), (std::vector<int16_t>{3, -3, 0, -128}));
+  EXPECT_EQ(TakeCounts(), (std::vector<int16_t>{0, 0, 0, 0}));
   EXPECT_EQ(switches, 0x11);
 }
 
@@ -44,50 +50,27 @@ TEST_F(KnobPanelTest, ACountReplacesThePreviousOneAndASkippedKnobKeepsIts) {
   device->InjectInput({0, 2, 5, 6, 7, 0});
   device->InjectInput({0, 1, 5, 6, 7, 0});
   ASSERT_EQ(inputs.WaitFor(2).size(), 2u);
-
   int16_t knob1 = 0, knob3 = 0, knob4 = 0;
   ASSERT_EQ(PelmKnobs_GetControlVals(0, &knob1, nullptr, &knob3, &knob4, nullptr), PELM_SUCCESS);
   EXPECT_EQ(knob1, 1);  // not 3: counts are not added up
-  int16_t knobs[4] = {};
-  ASSERT_EQ(PelmKnobs_GetControlVals(0, &knobs[0], &knobs[1], &knobs[2], &knobs[3], nullptr), PELM_SUCCESS);
-  EXPECT_EQ(std::vector<int16_t>(knobs, knobs + 4), (std::vector<int16_t>{0, 5, 0, 0}));
-}
-
-TEST_F(KnobPanelTest, TheSwitchByteComesFromTheOpenTimeRead) {
-  auto device = Plug(KnobPanel::kProductId, 1);
-  device->PanelAs<KnobPanel>().SetSwitchByte(0xA4);
-  PelmDev_Init(nullptr);
-  uint8_t switches = 0;
-  ASSERT_EQ(PelmKnobs_GetControlVals(0, nullptr, nullptr, nullptr, nullptr, &switches), PELM_SUCCESS);
-  EXPECT_EQ(switches, 0xA4);
+  EXPECT_EQ(TakeCounts(), (std::vector<int16_t>{0, 5, 0, 0}));
 }
 
 TEST_F(KnobPanelTest, SetIndicatorsReadsTheLampsFirstAndReportsAFailedRead) {
   auto device = Plug(KnobPanel::kProductId, 1);
   PelmDev_Init(nullptr);
   EXPECT_EQ(PelmKnobs_SetIndicators(0, 0x5C), PELM_SUCCESS);
-  ASSERT_EQ(WaitForSent(*device, LogOp::SetFeature, 1), (std::vector<Report>{{2, 0x5C}}));
+  EXPECT_EQ(PelmKnobs_SetBrightness(0, 0x2A), PELM_SUCCESS);
+  ASSERT_EQ(WaitForSent(*device, LogOp::SetFeature, 2), (std::vector<Report>{{2, 0x5C}, {3, 0x0A}}));
   EXPECT_EQ(device->LogOf(LogOp::GetFeature).back().bytes, (Report{2, 0}));
+  uint16_t level = 0;
+  ASSERT_EQ(PelmKnobs_GetBrightness(0, &level), PELM_SUCCESS);
+  EXPECT_EQ(level, 0x0A);
 
   device->FailFeatureReads(true);
   EXPECT_EQ(PelmKnobs_SetIndicators(0, 0x33), PELM_ERR_IO);
-  EXPECT_EQ(WaitForSent(*device, LogOp::SetFeature, 2).back(), (Report{2, 0x33}));
+  EXPECT_EQ(WaitForSent(*device, LogOp::SetFeature, 3).back(), (Report{2, 0x33}));
   EXPECT_EQ(device->PanelAs<KnobPanel>().Indicators(), 0x33);
-}
-
-TEST_F(KnobPanelTest, LampsAndBrightnessAreReadBackFromThePanel) {
-  auto device = Plug(KnobPanel::kProductId, 1);
-  PelmDev_Init(nullptr);
-  EXPECT_EQ(PelmKnobs_SetBrightness(0, 0x2A), PELM_SUCCESS);
-  EXPECT_EQ(PelmKnobs_SetIndicators(0, 0x81), PELM_SUCCESS);
-  ASSERT_EQ(WaitForSent(*device, LogOp::SetFeature, 2), (std::vector<Report>{{3, 0x0A}, {2, 0x81}}));
-  uint16_t level = 0;
-  uint8_t indicators = 0;
-  ASSERT_EQ(PelmKnobs_GetBrightness(0, &level), PELM_SUCCESS);
-  ASSERT_EQ(PelmKnobs_GetIndicators(0, &indicators), PELM_SUCCESS);
-  EXPECT_EQ(level, 0x0A);
-  EXPECT_EQ(indicators, 0x81);
-  EXPECT_EQ(PelmKnobs_GetIndicators(0, nullptr), PELM_ERR_PARAM);
 }
 
 }  // namespace
