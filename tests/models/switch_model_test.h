@@ -52,10 +52,8 @@ class InputCapture {
       inputs_.clear();
       recordSize_ = recordSize;
     }
-    registered_ = PelmDev_RegisterInputCallback(&Capture) == 1;
+    EXPECT_EQ(PelmDev_RegisterInputCallback(&Capture), 1u);
   }
-
-  bool Registered() const { return registered_; }
 
   // The inputs seen, once there are `count` of them (fewer after the deadline).
   std::vector<Input> WaitFor(std::size_t count) const {
@@ -77,7 +75,6 @@ class InputCapture {
   static inline std::mutex mutex_;
   static inline std::vector<Input> inputs_;
   static inline std::size_t recordSize_ = 0;
-  bool registered_ = false;
 };
 
 }  // namespace pelm::test

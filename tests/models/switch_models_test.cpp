@@ -16,85 +16,72 @@
 namespace pelm::test {
 namespace {
 
+uint8_t byte[7];
+int16_t value[4];
+uint32_t count;
+
 struct ModelCase {
   const char* family;
   uint16_t productId;
-  std::function<uint32_t()> count;
-  std::function<int32_t(int32_t index)> setBrightness;
-  std::function<int32_t(int32_t index)> setLamps;
-  std::function<int32_t(int32_t index)> getControls;
-  int32_t brightnessWhenGone;  // brightness setters never refuse a panel that has gone
+  uint32_t (*devices)();
+  // The statuses of the brightness setter, a lamp setter and a control getter.
+  std::function<std::vector<int32_t>(int32_t index)> statuses;
+  int32_t brightnessWhenGone;
 };
 
-std::vector<ModelCase> Models() {
-  static uint8_t byte;
-  static int16_t value;
-  static uint8_t keys[4];
-  static uint32_t count;
-  return {
-      {.family = "PelmKnobs",
-       .productId = sim::KnobPanel::kProductId,
-       .count = PelmKnobs_GetNumDevices,
-       .setBrightness = [](int32_t i) { return PelmKnobs_SetBrightness(i, 1); },
-       .setLamps = [](int32_t i) { return PelmKnobs_SetIndicators(i, 1); },
-       .getControls = [](int32_t i) { return PelmKnobs_GetControlVals(i, &value, &value, &value, &value, &byte); },
-       .brightnessWhenGone = PELM_SUCCESS},
-      {.family = "PelmGear",
-       .productId = sim::GearPanel::kProductId,
-       .count = PelmGear_GetNumDevices,
-       .setBrightness = [](int32_t i) { return PelmGear_SetBrightness(i, 1); },
-       .setLamps = [](int32_t i) { return PelmGear_SetIndicators(i, 1); },
-       .getControls = [](int32_t i) { return PelmGear_GetControlVals(i, &value, &byte); },
-       .brightnessWhenGone = PELM_SUCCESS},
-      {.family = "PelmKeypad",
-       .productId = sim::KeypadPanel::kProductId,
-       .count = PelmKeypad_GetNumDevices,
-       .setBrightness = [](int32_t i) { return PelmKeypad_SetBrightness(i, 1); },
-       .setLamps = [](int32_t i) { return PelmKeypad_SetIndicators(i, 1); },
-       .getControls = [](int32_t i) { return PelmKeypad_GetKeycodes(i, keys, &count); },
-       .brightnessWhenGone = PELM_SUCCESS},
-      {.family = "PelmIoBoard",
-       .productId = sim::IoBoardPanel::kProductId,
-       .count = PelmIoBoard_GetNumDevices,
-       .setBrightness = [](int32_t i) { return PelmIoBoard_SetBrightness(i, 1); },
-       .setLamps = [](int32_t i) { return PelmIoBoard_SetIndicators(i, 1, 1, 1, 1); },
-       .getControls =
-           [](int32_t i) { return PelmIoBoard_GetSwitchVals(i, &byte, &byte, &byte, &byte, &byte, &byte, &byte); },
-       .brightnessWhenGone = PELM_ERR_UNSUPPORTED},
-      {.family = "PelmGear2",
-       .productId = sim::Gear2Panel::kProductId,
-       .count = PelmGear2_GetNumDevices,
-       .setBrightness = [](int32_t i) { return PelmGear2_SetBrightness(i, 1); },
-       .setLamps = [](int32_t i) { return PelmGear2_SetIndicators(i, 1); },
-       .getControls = [](int32_t i) { return PelmGear2_GetControlVals(i, &value, &value, &value, &byte); },
-       .brightnessWhenGone = PELM_SUCCESS},
-      {.family = "PelmWarning",
-       .productId = sim::WarningPanel::kProductId,
-       .count = PelmWarning_GetNumDevices,
-       .setBrightness = [](int32_t i) { return PelmWarning_SetBrightness(i, 1); },
-       .setLamps = [](int32_t i) { return PelmWarning_SetIndColorValue(i, 1, 1); },
-       .getControls = [](int32_t i) { return PelmWarning_GetControlVals(i, &byte); },
-       .brightnessWhenGone = PELM_SUCCESS},
-  };
-}
+const ModelCase kModels[] = {
+    {"PelmKnobs", sim::KnobPanel::kProductId, PelmKnobs_GetNumDevices,
+     [](int32_t i) -> std::vector<int32_t> {
+       return {PelmKnobs_SetBrightness(i, 1), PelmKnobs_SetIndicators(i, 1),
+               PelmKnobs_GetControlVals(i, &value[0], &value[1], &value[2], &value[3], byte)};
+     },
+     PELM_SUCCESS},
+    {"PelmGear", sim::GearPanel::kProductId, PelmGear_GetNumDevices,
+     [](int32_t i) -> std::vector<int32_t> {
+       return {PelmGear_SetBrightness(i, 1), PelmGear_SetIndicators(i, 1), PelmGear_GetControlVals(i, value, byte)};
+     },
+     PELM_SUCCESS},
+    {"PelmKeypad", sim::KeypadPanel::kProductId, PelmKeypad_GetNumDevices,
+     [](int32_t i) -> std::vector<int32_t> {
+       return {PelmKeypad_SetBrightness(i, 1), PelmKeypad_SetIndicators(i, 1), PelmKeypad_GetKeycodes(i, byte, &count)};
+     },
+     PELM_SUCCESS},
+    {"PelmIoBoard", sim::IoBoardPanel::kProductId, PelmIoBoard_GetNumDevices,
+     [](int32_t i) -> std::vector<int32_t> {
+       return {PelmIoBoard_SetBrightness(i, 1), PelmIoBoard_SetIndicators(i, 1, 1, 1, 1),
+               PelmIoBoard_GetSwitchVals(i, &byte[0], &byte[1], &byte[2], &byte[3], &byte[4], &byte[5], &byte[6])};
+     },
+     PELM_ERR_UNSUPPORTED},  // the board has no brightness at all
+    {"PelmGear2", sim::Gear2Panel::kProductId, PelmGear2_GetNumDevices,
+     [](int32_t i) -> std::vector<int32_t> {
+       return {PelmGear2_SetBrightness(i, 1), PelmGear2_SetIndicators(i, 1),
+               PelmGear2_GetControlVals(i, &value[0], &value[1], &value[2], byte)};
+     },
+     PELM_SUCCESS},
+    {"PelmWarning", sim::WarningPanel::kProductId, PelmWarning_GetNumDevices,
+     [](int32_t i) -> std::vector<int32_t> {
+       return {PelmWarning_SetBrightness(i, 1), PelmWarning_SetIndColorValue(i, 1, 1),
+               PelmWarning_GetControlVals(i, byte)};
+     },
+     PELM_SUCCESS},
+};
 
 class SwitchModelsTest : public SwitchModelTest {};
 
 TEST_F(SwitchModelsTest, APanelThatHasGoneKeepsItsSlotAndIsRefused) {
-  for (const ModelCase& model : Models()) {
+  for (const ModelCase& model : kModels) {
     SCOPED_TRACE(model.family);
     Plug(model.productId, 1);
     auto gone = Plug(model.productId, 2);
     PelmDev_Init(kHostInstance);
-    ASSERT_EQ(model.count(), 2u);
+    ASSERT_EQ(model.devices(), 2u);
     Disconnect(*gone);
     const std::size_t sentBefore = gone->CountOf(sim::LogOp::SetFeature) + gone->CountOf(sim::LogOp::WriteOutput);
-    EXPECT_EQ(model.count(), 1u);
-    EXPECT_EQ(model.setBrightness(1), model.brightnessWhenGone);
-    EXPECT_EQ(model.setLamps(1), PELM_ERR_NODEVICE);
-    EXPECT_EQ(model.getControls(1), PELM_ERR_NODEVICE);
+    EXPECT_EQ(model.devices(), 1u);
+    const std::vector<int32_t> refused = {model.brightnessWhenGone, PELM_ERR_NODEVICE, PELM_ERR_NODEVICE};
+    EXPECT_EQ(model.statuses(1), refused);
     EXPECT_EQ(gone->CountOf(sim::LogOp::SetFeature) + gone->CountOf(sim::LogOp::WriteOutput), sentBefore);
-    EXPECT_EQ(model.getControls(0), PELM_SUCCESS);
+    EXPECT_EQ(model.statuses(0).back(), PELM_SUCCESS);
     PelmDev_Terminate();
     bus().Reset();
   }
