@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/sim/panels/gear2_panel.h"
+#include "support/input_capture.h"
 #include "switch_model_test.h"
 
 namespace pelm::test {
@@ -47,8 +48,8 @@ TEST_F(Gear2PanelTest, ValuesAreSignExtendedAndClearedWhetherTakenOrNot) {
   PelmDev_Init(nullptr);
   InputCapture inputs(kGear2RecordSize);
   device->InjectInput({0x00, 0xFF, 0x80, 0x7F, 0x05});
-  const auto seen = inputs.WaitFor(1);
-  ASSERT_EQ(seen.size(), 1u);
+  ASSERT_TRUE(inputs.WaitForCount(1));
+  const auto seen = inputs.Calls();
   EXPECT_EQ(seen[0].modelType, PELM_MODEL_GEAR2);
   EXPECT_EQ(seen[0].record, (Report{0xFF, 0xFF, 0x80, 0xFF, 0x7F, 0x00, 0x05}));
 

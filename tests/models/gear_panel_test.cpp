@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/sim/panels/gear_panel.h"
+#include "support/input_capture.h"
 #include "switch_model_test.h"
 
 namespace pelm::test {
@@ -29,15 +30,15 @@ TEST_F(GearPanelTest, TheControlValueIsSignExtendedAndClearedEvenWhenSkipped) {
 
   InputCapture inputs(kGearRecordSize);
   device->InjectInput({0, 0xFE, 0x40});
-  const auto seen = inputs.WaitFor(1);
-  ASSERT_EQ(seen.size(), 1u);
+  ASSERT_TRUE(inputs.WaitForCount(1));
+  const auto seen = inputs.Calls();
   EXPECT_EQ(seen[0].record, (Report{0xFE, 0xFF, 0x40}));
   ASSERT_EQ(PelmGear_GetControlVals(0, &value, &control), PELM_SUCCESS);
   EXPECT_EQ(value, -2);
   EXPECT_EQ(control, 0x40);
 
   device->InjectInput({0, 0x05, 0x41});
-  ASSERT_EQ(inputs.WaitFor(2).size(), 2u);
+  ASSERT_TRUE(inputs.WaitForCount(2));
   ASSERT_EQ(PelmGear_GetControlVals(0, nullptr, &control), PELM_SUCCESS);
   ASSERT_EQ(PelmGear_GetControlVals(0, &value, &control), PELM_SUCCESS);
   EXPECT_EQ(value, 0);

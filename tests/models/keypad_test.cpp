@@ -3,10 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "channel/hid_channel.h"
-#include "core/model_table.h"
-#include "core/slot_tables.h"
 #include "platform/sim/panels/keypad_panel.h"
+#include "support/input_capture.h"
 #include "switch_model_test.h"
 
 namespace pelm::test {
@@ -56,8 +54,8 @@ TEST_F(KeypadTest, AKeyReachesTheCallbackAlone) {
   PelmDev_Init(nullptr);
   InputCapture inputs(kKeypadRecordSize);
   device->InjectInput({0x00, 0x17, 0x99, 0x42, 0x07});
-  const auto seen = inputs.WaitFor(1);
-  ASSERT_EQ(seen.size(), 1u);
+  ASSERT_TRUE(inputs.WaitForCount(1));
+  const auto seen = inputs.Calls();
   EXPECT_EQ(seen[0].modelType, PELM_MODEL_KEYPAD);
   EXPECT_EQ(seen[0].record, (Report{0x17, 0, 0, 0}));
 }
@@ -79,14 +77,15 @@ TEST_F(KeypadTest, LampsGoOutAsOutputReportsRetriedOnAFreshHandle) {
   EXPECT_EQ(level, 0x0Fu);
 }
 
-TEST_F(KeypadTest, TheSerialNumberIsKept) {
+TEST_F(KeypadTest, TheSerialNumberIsReadAtOpen) {
   sim::DeviceSpec spec = PanelSpec(KeypadPanel::kProductId, 1);
   spec.serialNumber = u"KU-0042";
   bus().Plug(spec);
   PelmDev_Init(nullptr);
-  const cHidChannel* keypad = ReadSlot(*ModelByTypeCode(PELM_MODEL_KEYPAD), 0);
-  ASSERT_NE(keypad, nullptr);
-  EXPECT_EQ(keypad->SerialNumber(), "KU-0042");
+  PelmDevInfo2 info{};
+  info.structSize = sizeof info;
+  ASSERT_EQ(PelmDev_GetDeviceInfo2(PELM_MODEL_KEYPAD, 0, &info), PELM_SUCCESS);
+  EXPECT_STREQ(info.serialNumber, "KU-0042");
 }
 
 }  // namespace

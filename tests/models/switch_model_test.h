@@ -1,12 +1,9 @@
 #pragma once
 // What the tests of the switch and indicator models share: a fixture that
-// waits for what the writer sends and takes devices away, and a capture of the
-// input callback's records.
+// waits for what the writer sends and takes devices away.
 
 #include <algorithm>
 #include <cstdint>
-#include <memory>
-#include <mutex>
 #include <vector>
 
 #include "support/library_fixture.h"
@@ -34,47 +31,6 @@ class SwitchModelTest : public LibraryTest {
     bus().Unplug(device.Spec().path);
     PelmDevExt_DispatchEvents();
   }
-};
-
-// Every input callback the library makes, with the first `recordSize` bytes of
-// its record. Registered on construction, so construct it after PelmDev_Init.
-class InputCapture {
- public:
-  struct Input {
-    int32_t modelType;
-    int32_t deviceIndex;
-    sim::Report record;
-  };
-
-  explicit InputCapture(std::size_t recordSize) {
-    {
-      std::lock_guard hold(mutex_);
-      inputs_.clear();
-      recordSize_ = recordSize;
-    }
-    EXPECT_EQ(PelmDev_RegisterInputCallback(&Capture), 1u);
-  }
-
-  // The inputs seen, once there are `count` of them (fewer after the deadline).
-  std::vector<Input> WaitFor(std::size_t count) const {
-    WaitUntil([&] {
-      std::lock_guard hold(mutex_);
-      return inputs_.size() >= count;
-    });
-    std::lock_guard hold(mutex_);
-    return inputs_;
-  }
-
- private:
-  static void PELM_CDECL Capture(int32_t modelType, int32_t deviceIndex, void* record) {
-    std::lock_guard hold(mutex_);
-    const auto* bytes = static_cast<const uint8_t*>(record);
-    inputs_.push_back({modelType, deviceIndex, sim::Report(bytes, bytes + recordSize_)});
-  }
-
-  static inline std::mutex mutex_;
-  static inline std::vector<Input> inputs_;
-  static inline std::size_t recordSize_ = 0;
 };
 
 }  // namespace pelm::test

@@ -5,6 +5,7 @@
 
 #include "models/warning_colors.h"
 #include "platform/sim/panels/warning_panel.h"
+#include "support/input_capture.h"
 #include "switch_model_test.h"
 
 namespace pelm::test {
@@ -151,8 +152,8 @@ TEST_F(WarningPanelTest, TheControlByteFollowsEveryReport) {
   InputCapture inputs(1);
   device->InjectInput({0, 0x81});
   device->InjectInput({0, 0x81});
-  const auto seen = inputs.WaitFor(2);
-  ASSERT_EQ(seen.size(), 2u);
+  ASSERT_TRUE(inputs.WaitForCount(2));
+  const auto seen = inputs.Calls();
   EXPECT_EQ(seen[1].modelType, PELM_MODEL_WARNING);
   EXPECT_EQ(seen[1].record, (Report{0x81}));
   uint8_t control = 0;
