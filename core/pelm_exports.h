@@ -103,6 +103,147 @@ PELM_MODEL_OP(PelmToggles, GetBrightness, (uint16_t* level), (level))
 PELM_MODEL_OP(PelmToggles, SetIndicators, (uint32_t indicators), (indicators))
 PELM_MODEL_OP(PelmToggles, SetBrightness, (uint32_t level), (level))
 
+/* ---- Knob panel (type 7), 32 slots ----------------------------------------- */
+
+PELM_MODEL_COUNT(PelmKnobs)
+/* Writes the count of each knob's latest report (-128 to 127) and clears it, so
+ * a count is handed out once; then the switch byte, which is not cleared. A
+ * null or unwritable pointer is skipped and its knob keeps its count. No device
+ * transfer. The input callback's record: four counts as little-endian 16-bit
+ * integers, then the switch byte (9 bytes). */
+PELM_MODEL_OP(PelmKnobs, GetControlVals,
+              (int16_t* knob1, int16_t* knob2, int16_t* knob3, int16_t* knob4, uint8_t* switches),
+              (knob1, knob2, knob3, knob4, switches))
+/* Reads the indicator byte back from the device: PELM_ERR_IO when the read
+ * fails (the variable is then untouched). PELM_ERR_PARAM for a null pointer. */
+PELM_MODEL_OP(PelmKnobs, GetIndicators, (uint8_t* indicators), (indicators))
+/* Reads the brightness level back from the device. */
+PELM_MODEL_OP(PelmKnobs, GetBrightness, (uint16_t* level), (level))
+/* Reads the indicators back, then queues the new byte (low byte). PELM_ERR_QUEUE
+ * when 25 reports wait; otherwise the read-back's status: PELM_ERR_IO when it
+ * failed, although the new byte is queued then too. */
+PELM_MODEL_OP(PelmKnobs, SetIndicators, (uint32_t indicators), (indicators))
+/* Queues the brightness level (low four bits). PELM_SUCCESS without sending
+ * when the device is not connected. */
+PELM_MODEL_OP(PelmKnobs, SetBrightness, (uint32_t level), (level))
+
+/* ---- Gear panel (type 4), 16 slots ------------------------------------------ */
+
+PELM_MODEL_COUNT(PelmGear)
+/* Writes the latest report's control value (-128 to 127) and clears it, written
+ * or not; then the control byte, which is not cleared. A null or unwritable
+ * pointer is skipped. No device transfer. The input callback's record: the
+ * value as a little-endian 16-bit integer, then the control byte (3 bytes). */
+PELM_MODEL_OP(PelmGear, GetControlVals, (int16_t* value, uint8_t* control), (value, control))
+/* Reads the indicator byte back from the device: PELM_ERR_IO when the read
+ * fails (the variable is then untouched). PELM_ERR_PARAM for a null pointer. */
+PELM_MODEL_OP(PelmGear, GetIndicators, (uint8_t* indicators), (indicators))
+/* Reads the brightness level back from the device. */
+PELM_MODEL_OP(PelmGear, GetBrightness, (uint16_t* level), (level))
+/* Queues the indicator byte (low byte) with bits 0 and 1 always set.
+ * PELM_ERR_QUEUE when 25 reports wait. */
+PELM_MODEL_OP(PelmGear, SetIndicators, (uint32_t indicators), (indicators))
+/* Queues the brightness level (low four bits). PELM_SUCCESS without sending
+ * when the device is not connected. */
+PELM_MODEL_OP(PelmGear, SetBrightness, (uint32_t level), (level))
+
+/* ---- Keyboard unit (type 15), 4 slots --------------------------------------- */
+
+PELM_MODEL_COUNT(PelmKeypad)
+/* Fills `keys` (four bytes) with the non-zero key codes that the unit reported
+ * when it was opened, then zeros, and sets `count` to how many are valid. The
+ * same every call. PELM_ERR_PARAM for a null pointer. Key presses come through
+ * the input callback alone: its record is the key code and three zero bytes. */
+PELM_MODEL_OP(PelmKeypad, GetKeycodes, (uint8_t* keys, uint32_t* count), (keys, count))
+/* Reads the indicator byte back from the device: PELM_ERR_IO when the read
+ * fails (the variable is then untouched). PELM_ERR_PARAM for a null pointer. */
+PELM_MODEL_OP(PelmKeypad, GetIndicators, (uint8_t* indicators), (indicators))
+/* Reads the brightness level back from the device, widened to 32 bits. */
+PELM_MODEL_OP(PelmKeypad, GetBrightness, (uint32_t* level), (level))
+/* Queues the indicator byte (low byte). PELM_ERR_QUEUE when 25 reports wait. */
+PELM_MODEL_OP(PelmKeypad, SetIndicators, (uint32_t indicators), (indicators))
+/* Queues the brightness level (low four bits). PELM_SUCCESS without sending
+ * when the device is not connected. */
+PELM_MODEL_OP(PelmKeypad, SetBrightness, (uint32_t level), (level))
+
+/* ---- Second gear panel (type 11), 8 slots ----------------------------------- */
+
+PELM_MODEL_COUNT(PelmGear2)
+/* Writes the latest report's three control values (-128 to 127) and clears
+ * them, written or not; then the control byte, which is not cleared. A null or
+ * unwritable pointer is skipped. No device transfer. The input callback's
+ * record: three little-endian 16-bit values, then the control byte (7 bytes). */
+PELM_MODEL_OP(PelmGear2, GetControlVals, (int16_t* value1, int16_t* value2, int16_t* value3, uint8_t* control),
+              (value1, value2, value3, control))
+/* Reads the indicator byte back from the device: PELM_ERR_IO when the read
+ * fails (the variable is then untouched). PELM_ERR_PARAM for a null pointer. */
+PELM_MODEL_OP(PelmGear2, GetIndicators, (uint8_t* indicators), (indicators))
+/* Reads the brightness level back from the device. */
+PELM_MODEL_OP(PelmGear2, GetBrightness, (uint16_t* level), (level))
+/* Queues the indicator byte (low byte). PELM_ERR_QUEUE when 100 reports wait. */
+PELM_MODEL_OP(PelmGear2, SetIndicators, (uint32_t indicators), (indicators))
+/* Queues the brightness level (low four bits). PELM_SUCCESS without sending
+ * when the device is not connected. */
+PELM_MODEL_OP(PelmGear2, SetBrightness, (uint32_t level), (level))
+
+/* ---- Warning panel (type 18), 32 slots -------------------------------------- */
+/* Indicators are numbered 1 to 6 by the low byte of their argument; another
+ * number gives PELM_ERR_PARAM. Colour indices run 0 (dark) to 7. */
+
+PELM_MODEL_COUNT(PelmWarning)
+/* Writes the control byte if the pointer is writable; PELM_SUCCESS either way.
+ * The input callback's record is the control byte (1 byte). */
+PELM_MODEL_OP(PelmWarning, GetControlVals, (uint8_t* control), (control))
+/* Writes the brightness level (15 after open). PELM_ERR_PARAM for a null pointer. */
+PELM_MODEL_OP(PelmWarning, GetBrightness, (int32_t* level), (level))
+/* Stores the level (low 16 bits; neither clamped nor refused) and sends every
+ * indicator again in its colour index at the new level, whose components are
+ * level / 15 * 100 (wrapping in eight bits above 100). PELM_SUCCESS always;
+ * nothing happens when the panel is not connected. */
+PELM_MODEL_OP(PelmWarning, SetBrightness, (uint32_t level), (level))
+/* Writes the indicator's last sent components, each where its pointer is writable. */
+PELM_MODEL_OP(PelmWarning, GetIndColor,
+              (uint32_t indicator, uint8_t* component1, uint8_t* component2, uint8_t* component3),
+              (indicator, component1, component2, component3))
+/* Queues the three components (low bytes) as given, without brightness
+ * scaling, and stores them; the colour index is unchanged. PELM_ERR_QUEUE when
+ * 100 reports wait (the stored components are then unchanged). */
+PELM_MODEL_OP(PelmWarning, SetIndColor,
+              (uint32_t indicator, uint32_t component1, uint32_t component2, uint32_t component3),
+              (indicator, component1, component2, component3))
+/* Writes the indicator's colour index if the pointer is writable. */
+PELM_MODEL_OP(PelmWarning, GetIndColorValue, (uint32_t indicator, uint8_t* colorIndex), (indicator, colorIndex))
+/* Sets the colour index (low byte) and queues its components at the current
+ * brightness. PELM_SUCCESS, also when the report could not be queued; an index
+ * of 8 or more changes and sends nothing. */
+PELM_MODEL_OP(PelmWarning, SetIndColorValue, (uint32_t indicator, uint32_t colorIndex), (indicator, colorIndex))
+
+/* ---- I/O board (type 19), 4 slots; default calling form only ---------------- */
+
+PELM_MODEL_COUNT_DEFAULT_ONLY(PelmIoBoard)
+/* Writes input bytes 1 to 7 of the latest input report (or of the open-time
+ * read) in order. PELM_SUCCESS with nothing written when the first pointer is
+ * null or unwritable; otherwise PELM_ERR_PARAM, with nothing written, when any
+ * other pointer is null. Nothing is reset. The input callback's record is the
+ * seven input bytes. */
+PELM_MODEL_OP_DEFAULT_ONLY(PelmIoBoard, GetSwitchVals,
+                           (uint8_t* input1, uint8_t* input2, uint8_t* input3, uint8_t* input4, uint8_t* input5,
+                            uint8_t* input6, uint8_t* input7),
+                           (input1, input2, input3, input4, input5, input6, input7))
+/* Queues the four output bytes (low bytes) in a report as long as the board's
+ * output report. PELM_ERR_PARAM for a board whose output report cannot hold
+ * them; PELM_ERR_QUEUE when 100 reports wait. */
+PELM_MODEL_OP_DEFAULT_ONLY(PelmIoBoard, SetIndicators, (uint32_t output1, uint32_t output2, uint32_t output3,
+                                                       uint32_t output4),
+                           (output1, output2, output3, output4))
+/* The board has none of these: PELM_ERR_UNSUPPORTED once the index and slot
+ * checks pass; the further arguments are ignored. */
+PELM_MODEL_OP_DEFAULT_ONLY(PelmIoBoard, GetIndicators, (uint32_t unused1, uint32_t unused2, uint32_t unused3,
+                                                       uint32_t unused4),
+                           (unused1, unused2, unused3, unused4))
+PELM_MODEL_OP_DEFAULT_ONLY(PelmIoBoard, GetBrightness, (uint32_t unused), (unused))
+PELM_MODEL_OP_DEFAULT_ONLY(PelmIoBoard, SetBrightness, (uint32_t unused), (unused))
+
 /* ---- Engine-start module (type 17), 8 slots --------------------------------- */
 
 PELM_MODEL_COUNT(PelmEngineStart)

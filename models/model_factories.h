@@ -25,11 +25,11 @@ cHidChannel* ConstructDevice(const char* path) {
 inline constexpr Factory kAlpha = OpenRecord<cPelmAlpha>;
 inline constexpr Factory kAlpha2 = OpenRecord<cPelmAlpha2>;
 inline constexpr Factory kButtons = OpenRecord<cPelmButtons>;
-inline constexpr Factory kKnobs = nullptr;
-inline constexpr Factory kWarning = nullptr;
+inline constexpr Factory kKnobs = OpenRecord<cPelmKnobs>;
+inline constexpr Factory kWarning = ConstructDevice<cPelmWarning>;
 inline constexpr Factory kToggles = OpenRecord<cPelmToggles>;
-inline constexpr Factory kGear = nullptr;
-inline constexpr Factory kGear2 = nullptr;
+inline constexpr Factory kGear = OpenRecord<cPelmGear>;
+inline constexpr Factory kGear2 = ConstructDevice<cPelmGear2>;
 inline constexpr Factory kRadio = OpenRecord<cPelmRadio>;
 inline constexpr Factory kAutopilot = OpenRecord<cPelmAutopilot>;
 inline constexpr Factory kAutopilot2 = OpenRecord<cPelmAutopilot2>;
@@ -37,8 +37,8 @@ inline constexpr Factory kMapCtl = OpenRecord<cPelmMapCtl>;
 inline constexpr Factory kSquawk = OpenRecord<cPelmSquawk>;
 inline constexpr Factory kEngineCtl = OpenRecord<cPelmEngineCtl>;
 inline constexpr Factory kEngineStart = ConstructDevice<cPelmEngineStart>;
-inline constexpr Factory kKeypad = nullptr;
+inline constexpr Factory kKeypad = OpenRecord<cPelmKeypad>;
 inline constexpr Factory kThrottle = OpenRecord<cPelmThrottle>;
-inline constexpr Factory kIoBoard = nullptr;
+inline constexpr Factory kIoBoard = ConstructDevice<cPelmIoBoard>;
 
 }  // namespace pelm::factories

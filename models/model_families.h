@@ -6,11 +6,17 @@
 #include "models/autopilot_panels.h"
 #include "models/engine_ctl.h"
 #include "models/engine_start.h"
+#include "models/gear2_panel.h"
+#include "models/gear_panel.h"
+#include "models/io_board.h"
+#include "models/keypad.h"
+#include "models/knob_panel.h"
 #include "models/map_ctl.h"
 #include "models/radio_panel.h"
 #include "models/squawk_panel.h"
 #include "models/switch_panels.h"
 #include "models/throttle.h"
+#include "models/warning_panel.h"
 
 namespace pelm::families {
 
@@ -26,5 +32,11 @@ using PelmAutopilot2 = cPelmAutopilot2;
 using PelmMapCtl = cPelmMapCtl;
 using PelmThrottle = cPelmThrottle;
 using PelmEngineCtl = cPelmEngineCtl;
+using PelmKnobs = cPelmKnobs;
+using PelmGear = cPelmGear;
+using PelmKeypad = cPelmKeypad;
+using PelmIoBoard = cPelmIoBoard;
+using PelmGear2 = cPelmGear2;
+using PelmWarning = cPelmWarning;
 
 }  // namespace pelm::families

@@ -6,10 +6,16 @@
 #include "platform/sim/panels/alpha_panels.h"
 #include "platform/sim/panels/autopilot_panels.h"
 #include "platform/sim/panels/engine_ctl_panel.h"
+#include "platform/sim/panels/gear2_panel.h"
+#include "platform/sim/panels/gear_panel.h"
+#include "platform/sim/panels/io_board_panel.h"
+#include "platform/sim/panels/keypad_panel.h"
+#include "platform/sim/panels/knob_panel.h"
 #include "platform/sim/panels/map_ctl_panel.h"
 #include "platform/sim/panels/radio_panel.h"
 #include "platform/sim/panels/squawk_panel.h"
 #include "platform/sim/panels/throttle_panel.h"
+#include "platform/sim/panels/warning_panel.h"
 
 namespace pelm::sim {
 
@@ -66,6 +72,18 @@ std::unique_ptr<Panel> MakePanel(uint16_t productId) {
       return std::make_unique<ThrottlePanel>();
     case EngineCtlPanel::kProductId:
       return std::make_unique<EngineCtlPanel>();
+    case KnobPanel::kProductId:
+      return std::make_unique<KnobPanel>();
+    case GearPanel::kProductId:
+      return std::make_unique<GearPanel>();
+    case KeypadPanel::kProductId:
+      return std::make_unique<KeypadPanel>();
+    case IoBoardPanel::kProductId:
+      return std::make_unique<IoBoardPanel>();
+    case Gear2Panel::kProductId:
+      return std::make_unique<Gear2Panel>();
+    case WarningPanel::kProductId:
+      return std::make_unique<WarningPanel>();
     default:
       return std::make_unique<GenericPanel>();
   }

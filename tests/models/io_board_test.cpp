@@ -1,0 +1,93 @@
+// The I/O board: outputs in a report of the board's output length, switched off
+// at Init only, inputs with a probed first pointer, and the functions it lacks.
+
+#include <gtest/gtest.h>
+
+#include "platform/sim/panels/io_board_panel.h"
+#include "support/input_capture.h"
+#include "switch_model_test.h"
+
+namespace pelm::test {
+namespace {
+
+using sim::IoBoardPanel;
+using sim::LogOp;
+using sim::Report;
+
+constexpr std::size_t kIoBoardRecordSize = 7;
+constexpr platform::HidCaps kLongOutputCaps = {8, 10, 8};
+
+class IoBoardTest : public SwitchModelTest {};
+
+TEST_F(IoBoardTest, InitSwitchesTheOutputsOffButAnArrivalDoesNot) {
+  auto atInit = Plug(IoBoardPanel::kProductId, 1);
+  PelmDev_Init(kHostInstance);
+  EXPECT_EQ(WaitForSent(*atInit, LogOp::WriteOutput, 1), (std::vector<Report>{{2, 0, 0, 0, 0, 0, 0, 0}}));
+
+  auto arriving = Plug(IoBoardPanel::kProductId, 2);
+  PelmDevExt_DispatchEvents();
+  ASSERT_EQ(PelmIoBoard_GetNumDevices(), 2u);
+  ASSERT_EQ(PelmIoBoard_SetIndicators(1, 9, 9, 9, 9), PELM_SUCCESS);
+  EXPECT_EQ(WaitForSent(*arriving, LogOp::WriteOutput, 1), (std::vector<Report>{{2, 9, 9, 9, 9, 0, 0, 0}}));
+}
+
+TEST_F(IoBoardTest, OutputsFillTheBoardsOutputReport) {
+  auto device = Plug(IoBoardPanel::kProductId, 1, kLongOutputCaps);
+  PelmDev_Init(nullptr);
+  ASSERT_EQ(PelmIoBoard_SetIndicators(0, 1, 2, 3, 0x104), PELM_SUCCESS);
+  const auto sent = WaitForSent(*device, LogOp::WriteOutput, 2);
+  ASSERT_EQ(sent.size(), 2u);
+  EXPECT_EQ(sent[1], (Report{2, 1, 2, 3, 4, 0, 0, 0, 0, 0}));
+  EXPECT_EQ(device->PanelAs<IoBoardPanel>().LastOutputs(), (IoBoardPanel::Outputs{1, 2, 3, 4}));
+}
+
+TEST_F(IoBoardTest, ABoardWhoseOutputReportCannotHoldTheOutputsIsRefused) {
+  auto device = Plug(IoBoardPanel::kProductId, 1, {8, 4, 8});
+  PelmDev_Init(nullptr);
+  EXPECT_EQ(PelmIoBoard_SetIndicators(0, 1, 2, 3, 4), PELM_ERR_PARAM);
+  EXPECT_EQ(device->CountOf(LogOp::WriteOutput), 0u);
+}
+
+TEST_F(IoBoardTest, InputsComeFromTheOpenTimeReadThenFromEveryReport) {
+  auto device = Plug(IoBoardPanel::kProductId, 1);
+  device->PanelAs<IoBoardPanel>().SetInputs({1, 2, 3, 4, 5, 6, 7});
+  PelmDev_Init(nullptr);
+  uint8_t in[7] = {};
+  ASSERT_EQ(PelmIoBoard_GetSwitchVals(0, &in[0], &in[1], &in[2], &in[3], &in[4], &in[5], &in[6]), PELM_SUCCESS);
+  EXPECT_EQ(Report(in, in + 7), (Report{1, 2, 3, 4, 5, 6, 7}));
+
+  InputCapture inputs(kIoBoardRecordSize);
+  const Report report = {0, 0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77};
+  device->InjectInput(report);
+  device->InjectInput(report);
+  ASSERT_TRUE(inputs.WaitForCount(2));  // a repeated report is delivered too
+  const auto seen = inputs.Calls();
+  EXPECT_EQ(seen[1].modelType, PELM_MODEL_IOBOARD);
+  EXPECT_EQ(seen[1].record, Report(report.begin() + 1, report.end()));
+  ASSERT_EQ(PelmIoBoard_GetSwitchVals(0, &in[0], &in[1], &in[2], &in[3], &in[4], &in[5], &in[6]), PELM_SUCCESS);
+  EXPECT_EQ(Report(in, in + 7), Report(report.begin() + 1, report.end()));
+
+  // A missing pointer writes nothing.
+  uint8_t untouched[7] = {};
+  uint8_t* u = untouched;
+  EXPECT_EQ(PelmIoBoard_GetSwitchVals(0, nullptr, u + 1, u + 2, u + 3, u + 4, u + 5, u + 6), PELM_SUCCESS);
+  EXPECT_EQ(PelmIoBoard_GetSwitchVals(0, u, u + 1, u + 2, nullptr, u + 4, u + 5, u + 6), PELM_ERR_PARAM);
+  EXPECT_EQ(Report(u, u + 7), Report(7, 0));
+}
+
+TEST_F(IoBoardTest, TheFunctionsTheBoardLacksAreUnsupportedAfterTheIndexChecks) {
+  auto device = Plug(IoBoardPanel::kProductId, 1);
+  PelmDev_Init(kHostInstance);
+  const auto lacking = [](int32_t index) {
+    return std::vector<int32_t>{PelmIoBoard_GetIndicators(index, 0, 0, 0, 0), PelmIoBoard_GetBrightness(index, 0),
+                                PelmIoBoard_SetBrightness(index, 15)};
+  };
+  EXPECT_EQ(lacking(0), std::vector<int32_t>(3, PELM_ERR_UNSUPPORTED));
+  EXPECT_EQ(lacking(1), std::vector<int32_t>(3, PELM_ERR_NODEVICE));
+  EXPECT_EQ(lacking(4), std::vector<int32_t>(3, PELM_ERR_INDEX));
+  Disconnect(*device);
+  EXPECT_EQ(lacking(0), std::vector<int32_t>(3, PELM_ERR_UNSUPPORTED));
+}
+
+}  // namespace
+}  // namespace pelm::test
