@@ -14,6 +14,7 @@ namespace {
 // reader.
 constexpr std::chrono::milliseconds kFailedReadPause{10};
 
+// Reports of one value: the report ID, then the value.
 constexpr uint32_t kFeatureByteReportLength = 2;
 
 }  // namespace
@@ -200,6 +201,13 @@ bool cHidChannel::QueueReport(ReportBytes report, uint32_t length, ReportKind ki
   entry.release();
   writeSemaphore_.Release();
   return true;
+}
+
+int32_t cHidChannel::QueueByteReport(uint8_t reportId, uint8_t value, ReportKind kind) {
+  return BuildAndQueue(kFeatureByteReportLength, kind, [reportId, value](uint8_t* report) {
+    report[0] = reportId;
+    report[1] = value;
+  });
 }
 
 int32_t cHidChannel::ReadFeatureByte(uint8_t reportId, uint8_t& value) {

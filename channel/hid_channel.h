@@ -95,6 +95,10 @@ class cHidChannel {
   template <class Out>
   int32_t ReadFeatureInto(uint8_t reportId, std::atomic<uint8_t>& cache, Out* out);
 
+  // Queues the two-byte report of `reportId` and `value`: PELM_SUCCESS,
+  // PELM_ERR_NOMEM or PELM_ERR_QUEUE.
+  int32_t QueueByteReport(uint8_t reportId, uint8_t value, ReportKind kind = ReportKind::Feature);
+
   // Builds a zero-filled report of `length` bytes, lets `fill` write it and
   // queues it: PELM_SUCCESS, PELM_ERR_NOMEM or PELM_ERR_QUEUE.
   template <class Fill>

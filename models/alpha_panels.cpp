@@ -91,11 +91,7 @@ int32_t cPelmAlphaPanel::SetNumericSegments(const uint8_t* segments) {
 }
 
 int32_t cPelmAlphaPanel::SetBrightness(uint32_t level) {
-  if (!IsConnected()) return PELM_SUCCESS;
-  return BuildAndQueue(kBrightnessReportLength, ReportKind::Feature, [level](uint8_t* report) {
-    report[0] = kBrightnessReport;
-    report[1] = static_cast<uint8_t>(level) & kBrightnessMask;
-  });
+  return QueueBrightness(*this, kBrightnessReport, level);
 }
 
 cPelmAlpha::cPelmAlpha(const char* path)

@@ -45,7 +45,6 @@ class cPelmAlphaPanel : public cPelmDeviceRecord {
   // reverse order, position 0 in the last byte.
   static constexpr uint8_t kNumericReport = 5;
   static constexpr uint8_t kBrightnessReport = 6;  // byte 1: level
-  static constexpr uint32_t kBrightnessReportLength = 2;
 
   int32_t SetAlpha(const char* text);
   int32_t SetAlphaSegments(const uint16_t* glyphs);

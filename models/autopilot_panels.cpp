@@ -66,11 +66,7 @@ int32_t cPelmAutopilotPanel::GetBrightness(uint16_t* level) {
 }
 
 int32_t cPelmAutopilotPanel::SetBrightness(uint32_t level) {
-  if (!IsConnected()) return PELM_SUCCESS;
-  return BuildAndQueue(kBrightnessReportLength, ReportKind::Feature, [this, level](uint8_t* report) {
-    report[0] = brightnessReport_;
-    report[1] = static_cast<uint8_t>(level) & kBrightnessMask;
-  });
+  return QueueBrightness(*this, brightnessReport_, level);
 }
 
 int32_t cPelmAutopilotPanel::SetDisplaySegments(DisplayName name, const uint8_t* segments) {
@@ -140,10 +136,7 @@ int32_t cPelmAutopilot::GetIndicators(uint8_t* indicators) {
 
 int32_t cPelmAutopilot::SetIndicators(uint32_t indicators) {
   if (!IsConnected()) return PELM_ERR_NODEVICE;
-  return BuildAndQueue(kIndicatorReportLength, ReportKind::Feature, [indicators](uint8_t* report) {
-    report[0] = kIndicatorReport;
-    report[1] = static_cast<uint8_t>(indicators);
-  });
+  return QueueByteReport(kIndicatorReport, static_cast<uint8_t>(indicators));
 }
 
 // ---- Second autopilot panel ------------------------------------------------

@@ -39,8 +39,6 @@ static_assert(offsetof(Autopilot2InputRecord, switchVals) == 12 && sizeof(Autopi
 // What both panels share: their displays A to E and their backlight.
 class cPelmAutopilotPanel : public cPelmDeviceRecord {
  public:
-  static constexpr uint32_t kBrightnessReportLength = 2;  // byte 1: level
-
   int32_t GetBrightness(uint16_t* level);
   int32_t SetBrightness(uint32_t level);
   int32_t SetADisplaySegments(const uint8_t* segments);
@@ -81,7 +79,6 @@ class cPelmAutopilot final : public cPelmAutopilotPanel {
   static constexpr std::array<SegmentDisplay, 5> kDisplays = {{{3, 3}, {5, 3}, {7, 3}, {9, 6}, {11, 6}}};
   static constexpr uint8_t kBrightnessReport = 12;  // sent and read
   static constexpr uint8_t kIndicatorReport = 13;   // byte 1: lamp bits, sent and read
-  static constexpr uint32_t kIndicatorReportLength = 2;
   // Read once at open, laid out as the input report, but with the dials as
   // unsigned bytes.
   static constexpr uint8_t kControlStateReport = 14;

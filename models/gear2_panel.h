@@ -31,7 +31,6 @@ class cPelmGear2 final : public cPelmHidDevice {
   // Feature reports, two bytes each; byte 1 carries the value.
   static constexpr uint8_t kIndicatorReport = 2;
   static constexpr uint8_t kBrightnessReport = 3;
-  static constexpr uint32_t kFeatureReportLength = 2;
   // Feature report read once at open, as long as the device's feature report;
   // bytes 1 to 4 as in the input report.
   static constexpr uint8_t kControlStateReport = 4;

@@ -54,18 +54,11 @@ int32_t cPelmGear::GetBrightness(uint16_t* level) { return ReadFeatureInto(kBrig
 
 int32_t cPelmGear::SetIndicators(uint32_t indicators) {
   if (!IsConnected()) return PELM_ERR_NODEVICE;
-  return BuildAndQueue(kFeatureReportLength, ReportKind::Feature, [indicators](uint8_t* report) {
-    report[0] = kIndicatorReport;
-    report[1] = static_cast<uint8_t>(indicators) | kIndicatorsAlwaysOn;
-  });
+  return QueueByteReport(kIndicatorReport, static_cast<uint8_t>(indicators) | kIndicatorsAlwaysOn);
 }
 
 int32_t cPelmGear::SetBrightness(uint32_t level) {
-  if (!IsConnected()) return PELM_SUCCESS;
-  return BuildAndQueue(kFeatureReportLength, ReportKind::Feature, [level](uint8_t* report) {
-    report[0] = kBrightnessReport;
-    report[1] = static_cast<uint8_t>(level) & kBrightnessMask;
-  });
+  return QueueBrightness(*this, kBrightnessReport, level);
 }
 
 }  // namespace pelm

@@ -54,18 +54,11 @@ int32_t cPelmKeypad::GetBrightness(uint32_t* level) {
 
 int32_t cPelmKeypad::SetIndicators(uint32_t indicators) {
   if (!IsConnected()) return PELM_ERR_NODEVICE;
-  return BuildAndQueue(kLampReportLength, ReportKind::Output, [indicators](uint8_t* report) {
-    report[0] = kIndicatorReport;
-    report[1] = static_cast<uint8_t>(indicators);
-  });
+  return QueueByteReport(kIndicatorReport, static_cast<uint8_t>(indicators), ReportKind::Output);
 }
 
 int32_t cPelmKeypad::SetBrightness(uint32_t level) {
-  if (!IsConnected()) return PELM_SUCCESS;
-  return BuildAndQueue(kLampReportLength, ReportKind::Output, [level](uint8_t* report) {
-    report[0] = kBrightnessReport;
-    report[1] = static_cast<uint8_t>(level) & kBrightnessMask;
-  });
+  return QueueBrightness(*this, kBrightnessReport, level, ReportKind::Output);
 }
 
 }  // namespace pelm

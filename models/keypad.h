@@ -31,7 +31,6 @@ class cPelmKeypad final : public cPelmDeviceRecord {
   // byte 1 carries the value.
   static constexpr uint8_t kIndicatorReport = 2;
   static constexpr uint8_t kBrightnessReport = 3;
-  static constexpr uint32_t kLampReportLength = 2;
   // Feature report read once at open: bytes 1 to 3 are key codes 1 to 3. The
   // fourth key code has no byte in it and stays 0.
   static constexpr uint8_t kKeyCodeReport = 4;

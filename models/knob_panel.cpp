@@ -75,11 +75,7 @@ int32_t cPelmKnobs::SetIndicators(uint32_t indicators) {
 }
 
 int32_t cPelmKnobs::SetBrightness(uint32_t level) {
-  if (!IsConnected()) return PELM_SUCCESS;
-  return BuildAndQueue(kFeatureReportLength, ReportKind::Feature, [level](uint8_t* report) {
-    report[0] = kBrightnessReport;
-    report[1] = static_cast<uint8_t>(level) & kBrightnessMask;
-  });
+  return QueueBrightness(*this, kBrightnessReport, level);
 }
 
 }  // namespace pelm

@@ -58,19 +58,12 @@ int32_t cPelmRadio::GetIndicators(uint8_t* indicators) {
 }
 
 int32_t cPelmRadio::SetBrightness(uint32_t level) {
-  if (!IsConnected()) return PELM_SUCCESS;
-  return BuildAndQueue(kFeatureByteReportLength, ReportKind::Feature, [level](uint8_t* report) {
-    report[0] = kBrightnessReport;
-    report[1] = static_cast<uint8_t>(level) & kBrightnessMask;
-  });
+  return QueueBrightness(*this, kBrightnessReport, level);
 }
 
 int32_t cPelmRadio::SetIndicators(uint32_t indicators) {
   if (!IsConnected()) return PELM_ERR_NODEVICE;
-  return BuildAndQueue(kFeatureByteReportLength, ReportKind::Feature, [indicators](uint8_t* report) {
-    report[0] = kIndicatorReport;
-    report[1] = static_cast<uint8_t>(indicators);
-  });
+  return QueueByteReport(kIndicatorReport, static_cast<uint8_t>(indicators));
 }
 
 int32_t cPelmRadio::SetLDisplaySegments(const uint8_t* segments) {

@@ -34,7 +34,6 @@ class cPelmRadio final : public cPelmDeviceRecord {
   static constexpr SegmentDisplay kRightDisplay{5, 6};
   static constexpr uint8_t kBrightnessReport = 6;  // byte 1: level, sent and read
   static constexpr uint8_t kIndicatorReport = 7;   // byte 1: lamp bits, sent and read
-  static constexpr uint32_t kFeatureByteReportLength = 2;
   // Read once at open, laid out as the input report; only its switches are kept.
   static constexpr uint8_t kControlStateReport = 8;
   static constexpr uint32_t kControlStateReportLength = 4;

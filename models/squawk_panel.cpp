@@ -53,11 +53,7 @@ int32_t cPelmSquawk::GetBrightness(uint32_t* level) {
 }
 
 int32_t cPelmSquawk::SetBrightness(uint32_t level) {
-  if (!IsConnected()) return PELM_SUCCESS;
-  return BuildAndQueue(kBrightnessReportLength, ReportKind::Feature, [level](uint8_t* report) {
-    report[0] = kBrightnessReport;
-    report[1] = static_cast<uint8_t>(level) & kBrightnessMask;
-  });
+  return QueueBrightness(*this, kBrightnessReport, level);
 }
 
 int32_t cPelmSquawk::SetDigit(const char* text) {

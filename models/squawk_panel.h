@@ -30,7 +30,6 @@ class cPelmSquawk final : public cPelmDeviceRecord {
   // Feature reports, two bytes each; byte 1 carries the value.
   static constexpr SegmentDisplay kDigitDisplay{3, 1};
   static constexpr uint8_t kBrightnessReport = 4;  // sent and read
-  static constexpr uint32_t kBrightnessReportLength = 2;
   // Read once at open, laid out as the input report. The panel's state starts
   // at zero all the same.
   static constexpr uint8_t kControlStateReport = 5;
