@@ -3,19 +3,14 @@
 #include <fcntl.h>
 #include <linux/hidraw.h>
 #include <linux/netlink.h>
-#include <poll.h>
-#include <sys/eventfd.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <array>
-#include <cerrno>
-#include <deque>
 #include <map>
-#include <mutex>
 #include <vector>
 
+#include "platform/linux/hidraw_device.h"
 #include "platform/linux/report_descriptor.h"
 #include "platform/linux/shared_mutex.h"
 #include "platform/linux/sysfs_hidraw.h"
@@ -35,93 +30,6 @@ constexpr unsigned kKernelEventGroup = 1;
 constexpr unsigned kUdevEventGroup = 2;
 constexpr char kUdevControlSocket[] = "/run/udev/control";
 constexpr std::size_t kUeventBufferSize = 8192;
-
-class EventFdCancel : public platform::ReadCancel {
- public:
-  EventFdCancel() : fd_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
-  ~EventFdCancel() override {
-    if (fd_ >= 0) close(fd_);
-  }
-  // The counter is never read back, so the descriptor stays readable: every
-  // later poll on it returns at once.
-  void Signal() override {
-    const uint64_t one = 1;
-    [[maybe_unused]] const ssize_t written = write(fd_, &one, sizeof one);
-  }
-  bool WaitFor(std::chrono::milliseconds timeout) override {
-    pollfd wait{fd_, POLLIN, 0};
-    return poll(&wait, 1, static_cast<int>(timeout.count())) > 0;
-  }
-  int Descriptor() const { return fd_; }
-
- private:
-  const int fd_;
-};
-
-class HidrawDevice : public platform::HidDevice {
- public:
-  HidrawDevice(int fd, HidrawNode node, ReportLengths lengths)
-      : fd_(fd), node_(std::move(node)), lengths_(lengths) {}
-  ~HidrawDevice() override { close(fd_); }
-
-  bool GetAttributes(platform::HidAttributes& attributes) override {
-    hidraw_devinfo info{};
-    if (ioctl(fd_, HIDIOCGRAWINFO, &info) < 0) return false;
-    attributes = {static_cast<uint16_t>(info.vendor), static_cast<uint16_t>(info.product), node_.versionNumber};
-    return true;
-  }
-
-  bool GetCaps(platform::HidCaps& caps) override {
-    caps = {lengths_.input, lengths_.output, lengths_.feature};
-    return true;
-  }
-
-  // hidraw keeps byte 0 as the report number on feature transfers and output
-  // writes, 0 for devices without report IDs, as Windows does.
-  bool GetFeature(uint8_t* report, uint32_t length) override {
-    return ioctl(fd_, HIDIOCGFEATURE(length), report) >= 0;
-  }
-  bool SetFeature(const uint8_t* report, uint32_t length) override {
-    return ioctl(fd_, HIDIOCSFEATURE(length), report) >= 0;
-  }
-  bool WriteOutput(const uint8_t* report, uint32_t length) override {
-    return write(fd_, report, length) == static_cast<ssize_t>(length);
-  }
-
-  bool GetSerialNumber(std::u16string& serial) override {
-    if (node_.uniq.empty()) return false;
-    serial.assign(node_.uniq.begin(), node_.uniq.end());
-    return true;
-  }
-
-  platform::ReadStatus ReadInput(uint8_t* buffer, uint32_t length, uint32_t& bytesRead,
-                                 platform::ReadCancel& cancel) override {
-    // Reads of a device without report IDs come without the ID byte: it is put
-    // back as 0 so that byte 0 is the report ID on every platform.
-    const uint32_t idByte = lengths_.usesReportIds ? 0 : 1;
-    if (length <= idByte) return platform::ReadStatus::Failed;
-    std::array<pollfd, 2> waits{{{fd_, POLLIN, 0}, {static_cast<EventFdCancel&>(cancel).Descriptor(), POLLIN, 0}}};
-    for (;;) {
-      if (poll(waits.data(), waits.size(), -1) < 0) {
-        if (errno == EINTR) continue;
-        return platform::ReadStatus::Failed;
-      }
-      if (waits[1].revents != 0) return platform::ReadStatus::Cancelled;
-      if ((waits[0].revents & (POLLERR | POLLHUP | POLLNVAL)) != 0) return platform::ReadStatus::Failed;
-      const ssize_t got = read(fd_, buffer + idByte, length - idByte);
-      if (got < 0 && (errno == EAGAIN || errno == EINTR)) continue;
-      if (got <= 0) return platform::ReadStatus::Failed;
-      if (idByte != 0) buffer[0] = 0;
-      bytesRead = static_cast<uint32_t>(got) + idByte;
-      return platform::ReadStatus::Completed;
-    }
-  }
-
- private:
-  const int fd_;
-  const HidrawNode node_;
-  const ReportLengths lengths_;
-};
 
 std::optional<ReportLengths> ReadDescriptorLengths(int fd) {
   int size = 0;

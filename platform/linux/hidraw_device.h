@@ -1,0 +1,49 @@
+#pragma once
+// One open hidraw node as the library's HID device, and the read cancellation
+// that goes with it. Works on any descriptor that behaves like a hidraw node,
+// which is how it is tested.
+
+#include <cstdint>
+
+#include "platform/linux/report_descriptor.h"
+#include "platform/linux/sysfs_hidraw.h"
+#include "platform/platform.h"
+
+namespace pelm::linux_hid {
+
+// An eventfd that, once signalled, stays readable: every later poll on it
+// returns at once.
+class EventFdCancel : public platform::ReadCancel {
+ public:
+  EventFdCancel();
+  ~EventFdCancel() override;
+  void Signal() override;
+  bool WaitFor(std::chrono::milliseconds timeout) override;
+  int Descriptor() const { return fd_; }
+
+ private:
+  const int fd_;
+};
+
+class HidrawDevice : public platform::HidDevice {
+ public:
+  // Takes ownership of `fd`.
+  HidrawDevice(int fd, HidrawNode node, ReportLengths lengths);
+  ~HidrawDevice() override;
+
+  bool GetAttributes(platform::HidAttributes& attributes) override;
+  bool GetCaps(platform::HidCaps& caps) override;
+  bool GetFeature(uint8_t* report, uint32_t length) override;
+  bool SetFeature(const uint8_t* report, uint32_t length) override;
+  bool WriteOutput(const uint8_t* report, uint32_t length) override;
+  bool GetSerialNumber(std::u16string& serial) override;
+  platform::ReadStatus ReadInput(uint8_t* buffer, uint32_t length, uint32_t& bytesRead,
+                                 platform::ReadCancel& cancel) override;
+
+ private:
+  const int fd_;
+  const HidrawNode node_;
+  const ReportLengths lengths_;
+};
+
+}  // namespace pelm::linux_hid

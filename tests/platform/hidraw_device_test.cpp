@@ -1,0 +1,81 @@
+// The hidraw device over a pipe standing in for the node: the report ID byte
+// put back for devices without IDs, and reads that a stop cancels at once.
+
+#include "platform/linux/hidraw_device.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <thread>
+
+namespace pelm::linux_hid {
+namespace {
+
+using platform::ReadStatus;
+
+class HidrawDeviceTest : public ::testing::Test {
+ protected:
+  // The device reads the pipe's read end; the test writes reports into the other.
+  std::unique_ptr<HidrawDevice> OpenOverPipe(bool usesReportIds) {
+    int ends[2];
+    EXPECT_EQ(pipe(ends), 0);
+    writeEnd = ends[1];
+    ReportLengths lengths{4, 0, 0, usesReportIds};
+    return std::make_unique<HidrawDevice>(ends[0], HidrawNode{}, lengths);
+  }
+  void TearDown() override { close(writeEnd); }
+
+  void Send(std::initializer_list<uint8_t> bytes) {
+    const std::vector<uint8_t> report(bytes);
+    ASSERT_EQ(write(writeEnd, report.data(), report.size()), static_cast<ssize_t>(report.size()));
+  }
+
+  int writeEnd = -1;
+  EventFdCancel cancel;
+};
+
+TEST_F(HidrawDeviceTest, ReportsOfDevicesWithoutIdsGetAZeroIdByte) {
+  auto device = OpenOverPipe(false);
+  Send({0xAA, 0xBB, 0xCC});
+  uint8_t buffer[4] = {0xFF, 0xFF, 0xFF, 0xFF};
+  uint32_t bytesRead = 0;
+  ASSERT_EQ(device->ReadInput(buffer, sizeof buffer, bytesRead, cancel), ReadStatus::Completed);
+  EXPECT_EQ(bytesRead, 4u);
+  EXPECT_EQ(buffer[0], 0);
+  EXPECT_EQ(buffer[1], 0xAA);
+  EXPECT_EQ(buffer[3], 0xCC);
+}
+
+TEST_F(HidrawDeviceTest, ReportsOfDevicesWithIdsKeepTheirOwn) {
+  auto device = OpenOverPipe(true);
+  Send({0x07, 0x11, 0x22});
+  uint8_t buffer[4] = {};
+  uint32_t bytesRead = 0;
+  ASSERT_EQ(device->ReadInput(buffer, sizeof buffer, bytesRead, cancel), ReadStatus::Completed);
+  EXPECT_EQ(bytesRead, 3u);
+  EXPECT_EQ(buffer[0], 0x07);
+  EXPECT_EQ(buffer[2], 0x22);
+}
+
+TEST_F(HidrawDeviceTest, AStopEndsAWaitingReadAndEveryLaterOne) {
+  auto device = OpenOverPipe(true);
+  uint8_t buffer[4];
+  uint32_t bytesRead = 0;
+  std::thread stopper([&] { cancel.Signal(); });
+  EXPECT_EQ(device->ReadInput(buffer, sizeof buffer, bytesRead, cancel), ReadStatus::Cancelled);
+  stopper.join();
+  Send({1, 2});
+  EXPECT_EQ(device->ReadInput(buffer, sizeof buffer, bytesRead, cancel), ReadStatus::Cancelled);
+}
+
+TEST_F(HidrawDeviceTest, ADeviceThatGoesAwayFailsTheRead) {
+  auto device = OpenOverPipe(true);
+  close(writeEnd);  // the other side hangs up, as an unplugged node does
+  writeEnd = -1;
+  uint8_t buffer[4];
+  uint32_t bytesRead = 0;
+  EXPECT_EQ(device->ReadInput(buffer, sizeof buffer, bytesRead, cancel), ReadStatus::Failed);
+}
+
+}  // namespace
+}  // namespace pelm::linux_hid
