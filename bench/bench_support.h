@@ -62,6 +62,9 @@ std::size_t SendsReceived(const sim::SimDevice& device);
 bool SpinUntil(const std::function<bool()>& condition, Clock::duration deadline);
 
 std::size_t ResidentBytes();
+// The system's load averages (1, 5, 15 minutes) as /proc/loadavg gives them:
+// other work on the machine makes every figure slower.
+std::string LoadAverages();
 double ProcessCpuSeconds();
 
 // A line of progress on standard error, so that the table stays clean.

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <fstream>
 #include <iostream>
+#include <thread>
 
 #include "bench/benchmarks.h"
 #include "bench/results_report.h"
@@ -24,12 +25,14 @@ const std::vector<std::string>& MethodNotes() {
       "thread calling ReadInput on a second radio panel in a loop; floor and library reports alternate.",
       "Setter cost: each batch of 20 calls is timed as a whole (below the 25-report queue, so no call is "
       "refused); between batches, untimed, the writer drains the queue. The writer runs during the batch, as "
-      "it does for a host.",
+      "it does for a host. 'Writer busy': the device takes 1 ms per report, so the writer is inside it while "
+      "19 calls are timed and none of them has to wake it.",
       "Writer throughput: button panels (instant devices); producers keep the queues full and the count of "
       "reports the devices received over the window is divided by its length.",
       "Init/Terminate: timed from the host's call to its return; the panels' reader and writer threads are "
       "started and joined inside.",
-      "Idle CPU: whole-process user+system time; the benchmark's own thread sleeps.",
+      "Idle CPU: whole-process user+system time; the benchmark's own thread sleeps. The floor is as many bare "
+      "threads waking at the writers' 10 ms interval.",
   };
   return notes;
 }
@@ -58,15 +61,19 @@ int main(int argc, char** argv) {
   };
   std::cerr << "Running benchmarks" << (length.quick ? " (quick run: fewer samples, figures are rough)" : "")
             << ":\n";
+  std::vector<std::string> notes = MethodNotes();
+  notes.push_back("Load average before: " + pelm::bench::LoadAverages() + " on " +
+                  std::to_string(std::thread::hardware_concurrency()) + " cores.");
   std::vector<pelm::bench::Figure> figures;
   for (const Measure measure : measures) {
     for (auto& figure : measure(length)) figures.push_back(std::move(figure));
   }
+  notes.push_back("Load average after: " + pelm::bench::LoadAverages() + ".");
 
   std::cout << "\n";
-  pelm::bench::PrintTable(std::cout, figures, MethodNotes());
+  pelm::bench::PrintTable(std::cout, figures, notes);
   std::ofstream json(resultsPath);
-  pelm::bench::WriteJson(json, figures, MethodNotes());
+  pelm::bench::WriteJson(json, figures, notes);
   json.close();
   if (!json) {
     std::cerr << "pelm_bench: could not write " << resultsPath << "; check that its folder exists and is writable\n";
