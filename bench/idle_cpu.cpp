@@ -3,7 +3,7 @@
 // Beside it, the floor: as many bare threads that only wake at the same
 // interval, which is what that look costs at the least.
 
-#include <atomic>
+#include <memory>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -30,27 +30,35 @@ double CpuPercentOver(Clock::duration idle) {
   return 100.0 * cpu / std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-// Threads that wake at the writers' interval and go back to sleep.
+// Threads that wake at the writers' interval and go back to sleep, each on its
+// own mutex and condition variable as each writer has.
 double BareWakingThreadsPercent(int threads, Clock::duration idle) {
-  std::mutex mutex;
-  std::condition_variable stop;
-  bool stopping = false;
-  std::vector<std::thread> sleepers;
+  struct Sleeper {
+    std::mutex mutex;
+    std::condition_variable stop;
+    bool stopping = false;
+    std::thread thread;
+  };
+  std::vector<std::unique_ptr<Sleeper>> sleepers;
   for (int i = 0; i < threads; ++i) {
-    sleepers.emplace_back([&] {
-      std::unique_lock hold(mutex);
+    auto sleeper = std::make_unique<Sleeper>();
+    sleeper->thread = std::thread([&state = *sleeper] {
+      std::unique_lock hold(state.mutex);
       // Each time-out is one idle look, as a writer's.
-      while (!stop.wait_for(hold, kWriterLookInterval, [&] { return stopping; })) {
+      while (!state.stop.wait_for(hold, kWriterLookInterval, [&] { return state.stopping; })) {
       }
     });
+    sleepers.push_back(std::move(sleeper));
   }
   const double percent = CpuPercentOver(idle);
-  {
-    std::lock_guard hold(mutex);
-    stopping = true;
+  for (auto& sleeper : sleepers) {
+    {
+      std::lock_guard hold(sleeper->mutex);
+      sleeper->stopping = true;
+    }
+    sleeper->stop.notify_one();
+    sleeper->thread.join();
   }
-  stop.notify_all();
-  for (auto& sleeper : sleepers) sleeper.join();
   return percent;
 }
 
