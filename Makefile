@@ -45,5 +45,14 @@ demo: deps
 	@cmake --build --preset release --target pelm_demo
 	@./build/release/tools/pelm_demo
 
+# Benchmarks on the simulated bus, in an optimised build: one table on the
+# terminal, the same as JSON beside the program. About 30 seconds.
+BENCH_RESULTS := build/release/bench/results.json
+
+bench: deps
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release --target pelm_bench
+	@./build/release/bench/pelm_bench $(BENCH_RESULTS)
+
 clean:
 	rm -rf build

@@ -37,13 +37,20 @@ std::vector<LogEntry> SimDevice::LogOf(LogOp op) const {
 
 std::size_t SimDevice::CountOf(LogOp op) const {
   std::lock_guard hold(mutex_);
-  return static_cast<std::size_t>(
+  const auto logged = static_cast<std::size_t>(
       std::count_if(log_.begin(), log_.end(), [op](const LogEntry& entry) { return entry.op == op; }));
+  return logged + unloggedCounts_[static_cast<std::size_t>(op)];
 }
 
 void SimDevice::ClearLog() {
   std::lock_guard hold(mutex_);
   log_.clear();
+  unloggedCounts_.fill(0);
+}
+
+void SimDevice::SetLogging(bool on) {
+  std::lock_guard hold(mutex_);
+  logging_ = on;
 }
 
 bool SimDevice::WaitForLog(const std::function<bool(const std::vector<LogEntry>&)>& predicate,
@@ -77,10 +84,16 @@ void SimDevice::SetOperationDelay(std::chrono::milliseconds delay) {
   delay_ = delay;
 }
 
-void SimDevice::Record(LogOp op, uint64_t handleId, platform::OpenMode mode, Report bytes, bool succeeded) {
+void SimDevice::Record(LogOp op, uint64_t handleId, platform::OpenMode mode, const uint8_t* bytes,
+                       std::size_t length, bool succeeded) {
   {
     std::lock_guard hold(mutex_);
-    log_.push_back(LogEntry{op, handleId, mode, std::move(bytes), succeeded, std::chrono::steady_clock::now()});
+    if (!logging_) {
+      ++unloggedCounts_[static_cast<std::size_t>(op)];
+      return;
+    }
+    log_.push_back(LogEntry{op, handleId, mode, Report(bytes, bytes + length), succeeded,
+                            std::chrono::steady_clock::now()});
   }
   changed_.notify_all();
 }

@@ -55,7 +55,7 @@ class SimHidDevice : public platform::HidDevice {
       std::lock_guard hold(device_->mutex_);
       --device_->openHandles_;
     }
-    device_->Record(LogOp::Close, id_, mode_, {}, true);
+    device_->Record(LogOp::Close, id_, mode_, nullptr, 0, true);
   }
 
   bool GetAttributes(platform::HidAttributes& attributes) override {
@@ -78,7 +78,7 @@ class SimHidDevice : public platform::HidDevice {
       ok = !device_->failFeatureReads_;
     }
     if (ok) ok = device_->panel_->AnswerFeature(report, length);
-    device_->Record(LogOp::GetFeature, id_, mode_, Report(report, report + length), ok);
+    device_->Record(LogOp::GetFeature, id_, mode_, report, length, ok);
     return ok;
   }
 
@@ -86,7 +86,7 @@ class SimHidDevice : public platform::HidDevice {
     device_->Delay();
     const bool ok = Alive() && length > 0 && !device_->ConsumeSendFailure();
     if (ok) device_->panel_->ReceiveFeature(report, length);
-    device_->Record(LogOp::SetFeature, id_, mode_, Report(report, report + length), ok);
+    device_->Record(LogOp::SetFeature, id_, mode_, report, length, ok);
     return ok;
   }
 
@@ -94,7 +94,7 @@ class SimHidDevice : public platform::HidDevice {
     device_->Delay();
     const bool ok = Alive() && length > 0 && !device_->ConsumeSendFailure();
     if (ok) device_->panel_->ReceiveOutput(report, length);
-    device_->Record(LogOp::WriteOutput, id_, mode_, Report(report, report + length), ok);
+    device_->Record(LogOp::WriteOutput, id_, mode_, report, length, ok);
     return ok;
   }
 
@@ -269,11 +269,11 @@ HidHandle OpenDevice(const char* path, OpenMode mode) {
     }
   }
   if (generation == 0) {
-    device->Record(sim::LogOp::OpenFailed, 0, mode, {}, false);
+    device->Record(sim::LogOp::OpenFailed, 0, mode, nullptr, 0, false);
     return nullptr;
   }
   const uint64_t id = sim::nextHandleId++;
-  device->Record(sim::LogOp::Open, id, mode, {}, true);
+  device->Record(sim::LogOp::Open, id, mode, nullptr, 0, true);
   return std::make_shared<sim::SimHidDevice>(device, generation, id, mode);
 }
 

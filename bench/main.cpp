@@ -1,0 +1,84 @@
+// Runs every benchmark on the simulated bus, prints one table and writes it as
+// JSON.
+//
+//   pelm_bench [--quick] [results.json]
+//
+// Memory is measured first, while the process has not yet run other threads
+// whose cached stacks and heap would hide what opening panels costs.
+
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <thread>
+
+#include "bench/benchmarks.h"
+#include "bench/results_report.h"
+
+namespace {
+
+constexpr const char* kDefaultResultsPath = "results.json";
+
+const std::vector<std::string>& MethodNotes() {
+  static const std::vector<std::string> notes = {
+      "Simulated bus, one process; every device has its transfer log off and only counts transfers.",
+      "Input latency: a radio panel; each report is injected after the previous one arrived. The floor is a "
+      "thread calling ReadInput on a second radio panel in a loop; floor and library reports alternate.",
+      "Setter cost: each batch of 20 calls is timed as a whole (below the 25-report queue, so no call is "
+      "refused); between batches, untimed, the writer drains the queue. The writer runs during the batch, as "
+      "it does for a host. 'Writer busy': the device takes 1 ms per report, so the writer is inside it while "
+      "19 calls are timed and none of them has to wake it.",
+      "Writer throughput: button panels (instant devices); producers keep the queues full and the count of "
+      "reports the devices received over the window is divided by its length.",
+      "Init/Terminate: timed from the host's call to its return; the panels' reader and writer threads are "
+      "started and joined inside.",
+      "Idle CPU: whole-process user+system time; the benchmark's own thread sleeps. The floor is as many bare "
+      "threads waking at the writers' 10 ms interval.",
+  };
+  return notes;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  pelm::bench::RunLength length;
+  const char* resultsPath = kDefaultResultsPath;
+  for (int i = 1; i < argc; ++i) {
+    if (std::strcmp(argv[i], "--quick") == 0) {
+      length.quick = true;
+    } else if (argv[i][0] == '-') {
+      std::cerr << "pelm_bench: unknown option " << argv[i] << "\nusage: pelm_bench [--quick] [results.json]\n";
+      return 2;
+    } else {
+      resultsPath = argv[i];
+    }
+  }
+
+  using Measure = std::vector<pelm::bench::Figure> (*)(const pelm::bench::RunLength&);
+  const Measure measures[] = {
+      &pelm::bench::MeasureMemoryPerPanel, &pelm::bench::MeasureInitAndTerminate,
+      &pelm::bench::MeasureIdleCpu,        &pelm::bench::MeasureInputLatency,
+      &pelm::bench::MeasureSetterCost,     &pelm::bench::MeasureWriterThroughput,
+  };
+  std::cerr << "Running benchmarks" << (length.quick ? " (quick run: fewer samples, figures are rough)" : "")
+            << ":\n";
+  std::vector<std::string> notes = MethodNotes();
+  notes.push_back("Load average before: " + pelm::bench::LoadAverages() + " on " +
+                  std::to_string(std::thread::hardware_concurrency()) + " cores.");
+  std::vector<pelm::bench::Figure> figures;
+  for (const Measure measure : measures) {
+    for (auto& figure : measure(length)) figures.push_back(std::move(figure));
+  }
+  notes.push_back("Load average after: " + pelm::bench::LoadAverages() + ".");
+
+  std::cout << "\n";
+  pelm::bench::PrintTable(std::cout, figures, notes);
+  std::ofstream json(resultsPath);
+  pelm::bench::WriteJson(json, figures, notes);
+  json.close();
+  if (!json) {
+    std::cerr << "pelm_bench: could not write " << resultsPath << "; check that its folder exists and is writable\n";
+    return 1;
+  }
+  std::cout << "\nResults written to " << resultsPath << "\n";
+  return 0;
+}
