@@ -31,7 +31,7 @@ struct Arguments {
 // Opens the library for one command and closes it on every way out.
 class LibrarySession {
  public:
-  LibrarySession(Simulation* simulation) {
+  explicit LibrarySession(Simulation* simulation) {
     if (simulation) simulation->PlugCockpit();
     PelmDev_Init(nullptr);
   }
@@ -119,7 +119,6 @@ int Run(int argc, const char* const* argv, const Environment& environment, std::
   }
 
   CLI::App* demo = app.add_subcommand("demo", "Play a scripted session on a simulated cockpit");
-  arguments.seconds = 0;
   demo->add_option("--seconds", arguments.seconds, "Length of the session (default 20)")->check(CLI::PositiveNumber);
   demo->add_flag("--plain", arguments.plain, "Print a plain log even in a terminal");
 

@@ -3,7 +3,7 @@
 #include <poll.h>
 
 #include <chrono>
-#include <cstdio>
+#include <algorithm>
 
 #include "core/pelm_dev.h"
 #include "core/pelm_dev_ext.h"
@@ -30,7 +30,6 @@ constexpr auto kFrameInterval = std::chrono::milliseconds(100);
 // After the last step, how long the demo waits for the library to deliver
 // what the script sent before it calls the session failed.
 constexpr auto kSettleDeadline = std::chrono::seconds(10);
-constexpr uint16_t kButtonPanelId = 0x0020;
 constexpr int kGearLamp = 1;
 
 class Session {

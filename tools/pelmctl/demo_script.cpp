@@ -20,9 +20,6 @@ namespace {
 
 using namespace pelm::sim;
 
-constexpr uint16_t kButtonPanelId = 0x0020;
-constexpr uint16_t kTogglePanelId = 0x0030;
-constexpr uint16_t kEngineStartId = 0x003C;
 constexpr int kFirst = 1;
 constexpr int kSecond = 2;
 

@@ -24,11 +24,6 @@ using pelm::sim::Bus;
 using pelm::sim::DeviceSpec;
 using pelm::sim::LogOp;
 
-// Models whose simulated panels have no class of their own.
-constexpr uint16_t kButtonPanelId = 0x0020;
-constexpr uint16_t kTogglePanelId = 0x0030;
-constexpr uint16_t kEngineStartId = 0x003C;
-
 // Every model's reports fit in eight bytes, the report ID included.
 constexpr pelm::platform::HidCaps kPanelCaps = {8, 8, 8};
 constexpr uint16_t kPanelVersion = 0x0110;

@@ -12,6 +12,11 @@
 
 namespace pelmctl {
 
+// Models whose simulated panels have no class of their own.
+inline constexpr uint16_t kButtonPanelId = 0x0020;
+inline constexpr uint16_t kTogglePanelId = 0x0030;
+inline constexpr uint16_t kEngineStartId = 0x003C;
+
 struct CockpitPanel {
   std::string family;   // as the command line names it
   uint16_t productId;
