@@ -33,10 +33,13 @@ std::vector<uint8_t> AutopilotPanelSim::Display(char name) const {
 
 void AutopilotPanelSim::SetControlState(const std::array<uint8_t, kDialCount>& dials, uint8_t switches1,
                                         uint8_t switches2) {
-  Report report{kControlStateReport};
-  report.insert(report.end(), dials.begin(), dials.end());
-  report.push_back(switches1);
-  report.push_back(switches2);
+  // Sized up front: GCC 12 at -O3 misreads an insert into a one-byte vector
+  // as an out-of-bounds copy.
+  Report report(1 + kDialCount + 2);
+  report[0] = kControlStateReport;
+  std::copy(dials.begin(), dials.end(), report.begin() + 1);
+  report[1 + kDialCount] = switches1;
+  report[2 + kDialCount] = switches2;
   SetFeatureAnswer(report);
 }
 
@@ -53,8 +56,9 @@ uint32_t Autopilot2PanelSim::Indicators() const {
 }
 
 void Autopilot2PanelSim::SetControlState(const std::array<uint8_t, kDialBytes>& dialBytes, uint32_t switches) {
-  Report report{kControlStateReport};
-  report.insert(report.end(), dialBytes.begin(), dialBytes.end());
+  Report report(1 + kDialBytes);
+  report[0] = kControlStateReport;
+  std::copy(dialBytes.begin(), dialBytes.end(), report.begin() + 1);
   for (int shift = 24; shift >= 0; shift -= 8) report.push_back(static_cast<uint8_t>(switches >> shift));
   SetFeatureAnswer(report);
 }
