@@ -135,8 +135,10 @@ std::string RenderPanel(const CockpitPanel& panel) {
     std::string bars;
     for (int lever = 1; lever <= ThrottlePanel::kLeverCount; ++lever) {
       const int filled = levers[static_cast<std::size_t>(lever)] * kLeverBarWidth / kLeverFullScale;
-      bars += "[" + std::string(static_cast<std::size_t>(filled), '#') +
-              std::string(static_cast<std::size_t>(kLeverBarWidth - filled), '.') + "]";
+      bars += '[';
+      bars.append(static_cast<std::size_t>(filled), '#');
+      bars.append(static_cast<std::size_t>(kLeverBarWidth - filled), '.');
+      bars += ']';
     }
     return title + bars + "\n";
   }

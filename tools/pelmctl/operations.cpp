@@ -185,7 +185,10 @@ const Operation& FindOperation(std::string_view family, std::string_view name, D
 
 std::string Synopsis(const Operation& operation) {
   std::string text(operation.name);
-  for (std::string_view argument : operation.argumentNames) text += " " + std::string(argument);
+  for (std::string_view argument : operation.argumentNames) {
+    text += ' ';
+    text += argument;
+  }
   return text;
 }
 
