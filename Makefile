@@ -2,7 +2,8 @@
 # configures, builds and runs.
 
 PACKAGES := cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev \
-            g++-mingw-w64-i686 gcc-multilib g++-multilib qemu-user
+            g++-mingw-w64-i686 gcc-multilib g++-multilib qemu-user \
+            libcli11-dev
 SUDO := $(if $(filter 0,$(shell id -u)),,sudo)
 TEST_PRESETS := debug asan tsan
 
@@ -42,8 +43,8 @@ platform-checks:
 
 demo: deps
 	@cmake --preset release >/dev/null
-	@cmake --build --preset release --target pelm_demo
-	@./build/release/tools/pelm_demo
+	@cmake --build --preset release --target pelmctl-sim
+	@./build/release/tools/pelmctl-sim demo
 
 # Benchmarks on the simulated bus, in an optimised build: one table on the
 # terminal, the same as JSON beside the program. About 30 seconds.
