@@ -3,11 +3,15 @@
 
 PACKAGES := cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev \
             g++-mingw-w64-i686 gcc-multilib g++-multilib qemu-user \
-            libcli11-dev
+            libcli11-dev \
+            clang libclang-rt-14-dev
 SUDO := $(if $(filter 0,$(shell id -u)),,sudo)
 TEST_PRESETS := debug asan tsan
 
-.PHONY: deps test platform-checks demo bench clean
+# Seconds each fuzzer runs in `make test` (four fuzzers).
+FUZZ_SECONDS ?= 25
+
+.PHONY: deps test fuzz platform-checks demo bench clean
 
 deps:
 	@missing=""; \
@@ -27,7 +31,15 @@ test: deps
 	  cmake --build --preset $$p; \
 	  ctest --preset $$p; \
 	done
+	@$(MAKE) --no-print-directory fuzz
 	@$(MAKE) --no-print-directory platform-checks
+
+# Every parser and decoder under libFuzzer with ASan and UBSan, each for a
+# bounded time from its seed corpus in fuzz/corpus/.
+fuzz:
+	@echo "=== fuzz build ==="
+	@cmake --preset fuzz >/dev/null && cmake --build --preset fuzz
+	@fuzz/run_fuzzers.sh build/fuzz $(FUZZ_SECONDS)
 
 # The builds for other targets and what proves them: the Windows DLL's export
 # table, the Linux shared library's, and both calling forms on 32-bit x86.

@@ -91,7 +91,7 @@ class cHidChannel {
 
   // The getter of a cached byte that the device reports in a two-byte feature
   // report: refreshes `cache` and writes it, widened, to `out`. PELM_ERR_PARAM
-  // for a null `out`; on failure neither is changed.
+  // for a null or unwritable `out`; when the read fails neither is changed.
   template <class Out>
   int32_t ReadFeatureInto(uint8_t reportId, std::atomic<uint8_t>& cache, Out* out);
 
@@ -164,8 +164,8 @@ int32_t cHidChannel::ReadFeatureInto(uint8_t reportId, std::atomic<uint8_t>& cac
   const int32_t status = ReadFeatureByte(reportId, value);
   if (status != PELM_SUCCESS) return status;
   cache = value;
-  *out = value;
-  return PELM_SUCCESS;
+  const Out widened = value;
+  return platform::WriteToHostMemory(out, &widened, sizeof widened) ? PELM_SUCCESS : PELM_ERR_PARAM;
 }
 
 }  // namespace pelm

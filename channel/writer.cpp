@@ -102,9 +102,12 @@ void cHidChannel::WriterLoop() {
       if (stopThreads_ == 1) draining = true;
       continue;
     }
-    // Draining at stop: every report still queued is tried once and released.
-    while (QueueEntry* raw = outputQueue_.PopFront()) {
-      std::unique_ptr<QueueEntry> entry(raw);
+    // Draining at stop: every report queued by now is tried once and released.
+    // Reports a busy host queues meanwhile stay queued: draining those too
+    // would let a host that keeps calling hold the stop off for ever.
+    for (uint32_t queuedAtStop = outputQueue_.Count(); queuedAtStop > 0; --queuedAtStop) {
+      std::unique_ptr<QueueEntry> entry(outputQueue_.PopFront());
+      if (!entry) break;
       Send(rule.drain, *entry, own);
     }
     return;

@@ -28,6 +28,20 @@ void HandOut(const std::atomic<T>& value, T* out) {
   platform::WriteToHostMemory(out, &current, sizeof current);
 }
 
+// Writes the only result of a getter whose contract requires a usable
+// variable: false, with nothing written, when it is null or not writable, so
+// the getter can refuse with PELM_ERR_PARAM instead of faulting in the host.
+template <class T>
+bool HandOverResult(T* out, T value) {
+  return out != nullptr && platform::WriteToHostMemory(out, &value, sizeof value);
+}
+
+// The host's IsBadWritePtr test for `length` bytes: writing the memory's own
+// bytes back succeeds only if all of it is writable.
+inline bool HostCanWrite(void* destination, std::size_t length) {
+  return destination != nullptr && platform::WriteToHostMemory(destination, destination, length);
+}
+
 // A signed count the device packs into one byte.
 inline int16_t SignedByte(uint8_t byte) { return static_cast<int8_t>(byte); }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/callbacks.h"
+#include "models/host_outputs.h"
 #include "platform/platform.h"
 
 namespace pelm {
@@ -43,7 +44,7 @@ int32_t cPelmIoBoard::GetSwitchVals(uint8_t* input1, uint8_t* input2, uint8_t* i
   // one is missing.
   if (input1 == nullptr) return PELM_SUCCESS;
   uint8_t* const outputs[kInputByteCount] = {input1, input2, input3, input4, input5, input6, input7};
-  if (std::any_of(outputs + 1, outputs + kInputByteCount, [](const uint8_t* out) { return out == nullptr; })) {
+  if (std::any_of(outputs + 1, outputs + kInputByteCount, [](uint8_t* out) { return !HostCanWrite(out, 1); })) {
     return PELM_ERR_PARAM;
   }
   const uint8_t first = switchVals[0];

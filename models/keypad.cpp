@@ -1,6 +1,7 @@
 #include "models/keypad.h"
 
 #include "core/callbacks.h"
+#include "models/host_outputs.h"
 #include "models/report_conventions.h"
 
 namespace pelm {
@@ -33,7 +34,7 @@ void cPelmKeypad::OnInputReport(const uint8_t* report) {
 
 int32_t cPelmKeypad::GetKeycodes(uint8_t* keys, uint32_t* count) {
   if (!IsConnected()) return PELM_ERR_NODEVICE;
-  if (keys == nullptr || count == nullptr) return PELM_ERR_PARAM;
+  if (!HostCanWrite(keys, kKeyCodeCount) || !HostCanWrite(count, sizeof *count)) return PELM_ERR_PARAM;
   uint32_t found = 0;
   for (const std::atomic<uint8_t>& code : keyCodes) {
     const uint8_t key = code;

@@ -1,6 +1,7 @@
 #include "models/switch_panels.h"
 
 #include "core/callbacks.h"
+#include "models/host_outputs.h"
 #include "models/report_conventions.h"
 
 namespace pelm {
@@ -32,9 +33,7 @@ void cPelmSwitchPanel::OnInputReport(const uint8_t* report) {
 
 int32_t cPelmSwitchPanel::GetSwitchVals(uint8_t* switches) {
   if (!IsConnected()) return PELM_ERR_NODEVICE;
-  if (switches == nullptr) return PELM_ERR_PARAM;
-  *switches = switchVals;
-  return PELM_SUCCESS;
+  return HandOverResult(switches, switchVals.load()) ? PELM_SUCCESS : PELM_ERR_PARAM;
 }
 
 int32_t cPelmSwitchPanel::GetIndicators(uint8_t* indicators) {

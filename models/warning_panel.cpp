@@ -1,6 +1,7 @@
 #include "models/warning_panel.h"
 
 #include "core/callbacks.h"
+#include "models/host_outputs.h"
 #include "platform/platform.h"
 
 namespace pelm {
@@ -48,9 +49,7 @@ int32_t cPelmWarning::GetControlVals(uint8_t* control) {
 
 int32_t cPelmWarning::GetBrightness(int32_t* level) {
   if (!IsConnected()) return PELM_ERR_NODEVICE;
-  if (level == nullptr) return PELM_ERR_PARAM;
-  *level = brightness;
-  return PELM_SUCCESS;
+  return HandOverResult(level, static_cast<int32_t>(brightness.load())) ? PELM_SUCCESS : PELM_ERR_PARAM;
 }
 
 int32_t cPelmWarning::SetBrightness(uint32_t level) {

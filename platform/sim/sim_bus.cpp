@@ -13,6 +13,11 @@ bool SimDevice::Present() const {
   return present_;
 }
 
+std::size_t SimDevice::UnreadInput() const {
+  std::lock_guard hold(mutex_);
+  return input_.size();
+}
+
 void SimDevice::InjectInput(const Report& report) {
   {
     std::lock_guard hold(mutex_);
@@ -128,6 +133,10 @@ Bus& Bus::Instance() {
 }
 
 std::shared_ptr<SimDevice> Bus::Plug(const DeviceSpec& spec, bool notify) {
+  return PlugWithPanel(spec, nullptr, notify);
+}
+
+std::shared_ptr<SimDevice> Bus::PlugWithPanel(const DeviceSpec& spec, std::unique_ptr<Panel> panel, bool notify) {
   std::shared_ptr<SimDevice> device;
   {
     std::lock_guard hold(mutex_);
@@ -135,7 +144,7 @@ std::shared_ptr<SimDevice> Bus::Plug(const DeviceSpec& spec, bool notify) {
       if (known->spec_.path == spec.path) device = known;
     }
     if (!device) {
-      device.reset(new SimDevice(spec, MakePanel(spec.productId)));
+      device.reset(new SimDevice(spec, panel ? std::move(panel) : MakePanel(spec.productId)));
       devices_.push_back(device);
     }
     std::erase(presentOrder_, spec.path);

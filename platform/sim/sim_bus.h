@@ -60,6 +60,8 @@ class SimDevice {
   // HID driver, the device buffers at most kInputBufferDepth unread reports and
   // drops the oldest beyond that.
   void InjectInput(const Report& report);
+  // Injected reports the reader has not taken yet.
+  std::size_t UnreadInput() const;
   static constexpr std::size_t kInputBufferDepth = 32;
 
   std::vector<LogEntry> Log() const;
@@ -122,6 +124,9 @@ class Bus {
   // Makes a device present (a new one, or the one that had this path before,
   // which keeps its log and panel state) and tells the notifier.
   std::shared_ptr<SimDevice> Plug(const DeviceSpec& spec, bool notify = true);
+  // As Plug, for a device never seen before whose reports `panel` answers
+  // instead of its model's panel (a device that misbehaves).
+  std::shared_ptr<SimDevice> PlugWithPanel(const DeviceSpec& spec, std::unique_ptr<Panel> panel, bool notify = true);
   // Makes the device absent: its handles fail from now on, a pending read ends
   // with a failure, and the notifier hears of the removal.
   void Unplug(const std::string& path, bool notify = true);

@@ -122,7 +122,7 @@ class SimHidDevice : public platform::HidDevice {
         const Report report = std::move(device_->input_.front());
         device_->input_.pop_front();
         bytesRead = static_cast<uint32_t>(std::min<std::size_t>(report.size(), length));
-        std::memcpy(buffer, report.data(), bytesRead);
+        if (bytesRead > 0) std::memcpy(buffer, report.data(), bytesRead);  // an empty report has no data
         status = platform::ReadStatus::Completed;
       }
     }

@@ -1,0 +1,364 @@
+// Every export called with hostile arguments: device indices outside the slot
+// table, empty slots, null and unwritable output variables, 8-bit and over-long
+// texts, out-of-range numbers. The model operations come from the export table
+// itself, so a new export is swept as soon as it is declared.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <cstring>
+#include <fstream>
+#include <functional>
+#include <set>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include "core/model_table.h"
+#include "models/model_families.h"
+#include "support/guarded_memory.h"
+#include "support/library_fixture.h"
+
+namespace pelm::test {
+namespace {
+
+constexpr uint8_t kCanaryByte = 0xA5;
+// Larger than any output variable or input array an export takes.
+constexpr std::size_t kArgumentBufferBytes = 64;
+constexpr std::size_t kMaxPointerArguments = 8;
+// Far beyond the widest display.
+constexpr std::size_t kLongTextLength = 4096;
+constexpr platform::HidCaps kRoomyCaps = {64, 64, 64};
+
+enum class PointerMode { Canary, Null, Unwritable };
+
+// Hands out the arguments of one call: each output pointer its own canary
+// buffer (or null, or read-only memory), each input pointer a long text of
+// bytes 0x80-0xFF, each number the same hostile value.
+class Arguments {
+ public:
+  Arguments(PointerMode mode, uint32_t number) : mode_(mode), number_(number) {
+    for (auto& buffer : outputs_) buffer.fill(kCanaryByte);
+    for (std::size_t i = 0; i < kLongTextLength; ++i) highText_.push_back(static_cast<char>(0x80 + i % 0x80));
+  }
+
+  void* Output() {
+    if (mode_ == PointerMode::Null) return nullptr;
+    if (mode_ == PointerMode::Unwritable) return guarded_.ReadOnly<uint8_t>();
+    return outputs_.at(used_++).data();
+  }
+  const void* Input() const { return mode_ == PointerMode::Null ? nullptr : highText_.c_str(); }
+  uint32_t Number() const { return number_; }
+
+  bool CanariesIntact() const {
+    return std::all_of(outputs_.begin(), outputs_.end(), [](const auto& buffer) {
+      return std::all_of(buffer.begin(), buffer.end(), [](uint8_t byte) { return byte == kCanaryByte; });
+    });
+  }
+
+ private:
+  const PointerMode mode_;
+  const uint32_t number_;
+  std::array<std::array<uint8_t, kArgumentBufferBytes>, kMaxPointerArguments> outputs_{};
+  std::size_t used_ = 0;
+  std::string highText_;
+  GuardedMemory guarded_;
+};
+
+template <class T>
+T Make(Arguments& arguments) {
+  if constexpr (std::is_pointer_v<T>) {
+    if constexpr (std::is_const_v<std::remove_pointer_t<T>>) {
+      return static_cast<T>(arguments.Input());
+    } else {
+      return static_cast<T>(arguments.Output());
+    }
+  } else {
+    return static_cast<T>(arguments.Number());
+  }
+}
+
+using ModelCall = std::function<int32_t(int32_t deviceIndex, Arguments&)>;
+
+template <class... Params>
+ModelCall CallerOf(int32_t (*function)(int32_t, Params...)) {
+  return [function](int32_t deviceIndex, Arguments& arguments) {
+    return function(deviceIndex, Make<Params>(arguments)...);
+  };
+}
+
+struct ModelExport {
+  std::string name;
+  int32_t typeCode;
+  ModelCall call;
+};
+
+#define PELM_CORE_PAIR(ret, name, params, args)
+#define PELM_CORE_SINGLE(ret, form, name, params, args)
+#define PELM_MODEL_COUNT(family)
+#define PELM_MODEL_COUNT_DEFAULT_ONLY(family)
+#define PELM_MODEL_OP_DEFAULT_ONLY(family, op, params, args) \
+  {#family "_" #op, families::family::kTypeCode, CallerOf(&family##_##op)},
+#define PELM_MODEL_OP(family, op, params, args)          \
+  PELM_MODEL_OP_DEFAULT_ONLY(family, op, params, args) \
+  {#family "_" #op "_stdcall", families::family::kTypeCode, CallerOf(&family##_##op##_stdcall)},
+const std::vector<ModelExport>& ModelExports() {
+  static const std::vector<ModelExport> exports = {
+#include "core/pelm_exports.h"
+  };
+  return exports;
+}
+#undef PELM_MODEL_OP
+#undef PELM_MODEL_OP_DEFAULT_ONLY
+#undef PELM_MODEL_COUNT
+#undef PELM_MODEL_COUNT_DEFAULT_ONLY
+
+struct CountExport {
+  std::string name;
+  uint32_t (*call)();
+};
+#define PELM_MODEL_OP(family, op, params, args)
+#define PELM_MODEL_OP_DEFAULT_ONLY(family, op, params, args)
+#define PELM_MODEL_COUNT_DEFAULT_ONLY(family) {#family "_GetNumDevices", &family##_GetNumDevices},
+#define PELM_MODEL_COUNT(family)         \
+  PELM_MODEL_COUNT_DEFAULT_ONLY(family) \
+  {#family "_GetNumDevices_stdcall", &family##_GetNumDevices_stdcall},
+const std::vector<CountExport>& CountExports() {
+  static const std::vector<CountExport> exports = {
+#include "core/pelm_exports.h"
+  };
+  return exports;
+}
+#undef PELM_MODEL_OP
+#undef PELM_MODEL_OP_DEFAULT_ONLY
+#undef PELM_MODEL_COUNT
+#undef PELM_MODEL_COUNT_DEFAULT_ONLY
+#undef PELM_CORE_PAIR
+#undef PELM_CORE_SINGLE
+
+// The library-wide exports, each exercised by its own test below.
+const std::vector<std::string> kCoreExports = {
+    "PelmDev_Init", "PelmDev_Init_stdcall", "PelmDev_Terminate", "PelmDev_Terminate_stdcall",
+    "PelmDev_GetDeviceInfo", "PelmDev_GetDeviceInfo_stdcall", "PelmDev_GetDeviceInfo2",
+    "PelmDev_RegisterConnectCallback", "PelmDev_RegisterConnectCallback_stdcall",
+    "PelmDev_UnregisterConnectCallback", "PelmDev_UnregisterConnectCallback_stdcall",
+    "PelmDev_RegisterInputCallback", "PelmDev_RegisterInputCallback_stdcall",
+    "PelmDev_UnregisterInputCallback", "PelmDev_UnregisterInputCallback_stdcall",
+    "PelmDev_RegisterWakeupCallback", "PelmDev_RegisterWakeupCallback_stdcall",
+    "PelmDev_UnregisterWakeupCallback", "PelmDev_UnregisterWakeupCallback_stdcall",
+};
+
+int32_t SlotCount(int32_t typeCode) { return ModelByTypeCode(typeCode)->slotCount; }
+
+std::vector<int32_t> IndicesOutside(int32_t typeCode) { return {-1, SlotCount(typeCode), INT32_MIN, INT32_MAX}; }
+
+const std::set<int32_t> kDocumentedStatuses = {PELM_SUCCESS, PELM_ERR_NOMEM, PELM_ERR_NODEVICE, PELM_ERR_QUEUE,
+                                               PELM_ERR_IO,  PELM_ERR_PARAM, PELM_ERR_UNSUPPORTED};
+const std::vector<uint32_t> kHostileNumbers = {0, 7, 8, 0x100, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF};
+
+class BadInputSweep : public LibraryTest {
+ protected:
+  void PlugEveryModel() {
+    for (const ModelDescriptor& model : ModelsInProbeOrder()) Plug(model.productId, 1, kRoomyCaps);
+    PelmDev_Init(nullptr);
+  }
+};
+
+TEST_F(BadInputSweep, SweepCoversEveryExport) {
+  std::set<std::string> swept(kCoreExports.begin(), kCoreExports.end());
+  for (const ModelExport& entry : ModelExports()) swept.insert(entry.name);
+  for (const CountExport& entry : CountExports()) swept.insert(entry.name);
+
+  std::ifstream list(PELM_EXPECTED_EXPORTS);
+  std::set<std::string> expected;
+  for (std::string name; std::getline(list, name);) {
+    if (!name.empty()) expected.insert(name);
+  }
+  EXPECT_EQ(expected.size(), 259u);
+  EXPECT_EQ(swept, expected);
+}
+
+TEST_F(BadInputSweep, ModelOperationsRefuseIndicesOutsideTheSlotTableWithoutWriting) {
+  PlugEveryModel();
+  for (const ModelExport& entry : ModelExports()) {
+    for (int32_t index : IndicesOutside(entry.typeCode)) {
+      Arguments arguments(PointerMode::Canary, 1);
+      EXPECT_EQ(entry.call(index, arguments), PELM_ERR_INDEX) << entry.name << " index " << index;
+      EXPECT_TRUE(arguments.CanariesIntact()) << entry.name << " index " << index;
+    }
+  }
+}
+
+TEST_F(BadInputSweep, ModelOperationsOnEmptySlotsReportNoDeviceWithoutWriting) {
+  PelmDev_Init(nullptr);
+  for (const ModelExport& entry : ModelExports()) {
+    for (int32_t index : {0, SlotCount(entry.typeCode) - 1}) {
+      Arguments arguments(PointerMode::Canary, 1);
+      EXPECT_EQ(entry.call(index, arguments), PELM_ERR_NODEVICE) << entry.name << " index " << index;
+      EXPECT_TRUE(arguments.CanariesIntact()) << entry.name << " index " << index;
+    }
+  }
+  for (const CountExport& entry : CountExports()) EXPECT_EQ(entry.call(), 0u) << entry.name;
+}
+
+// Null and read-only output variables, hostile texts and numbers on a present
+// device: a documented status, never a crash or a write into read-only memory.
+TEST_F(BadInputSweep, ModelOperationsSurviveNullUnwritableAndHostileArguments) {
+  PlugEveryModel();
+  for (const ModelExport& entry : ModelExports()) {
+    for (PointerMode mode : {PointerMode::Null, PointerMode::Unwritable, PointerMode::Canary}) {
+      for (uint32_t number : kHostileNumbers) {
+        Arguments arguments(mode, number);
+        EXPECT_TRUE(kDocumentedStatuses.contains(entry.call(0, arguments)))
+            << entry.name << " mode " << static_cast<int>(mode) << " number " << number;
+      }
+    }
+  }
+}
+
+// Getters whose one variable must be usable refuse read-only memory rather than
+// fault in the host's process.
+TEST_F(BadInputSweep, SingleResultGettersRefuseUnwritableVariables) {
+  PlugEveryModel();
+  GuardedMemory guarded;
+  ASSERT_TRUE(guarded.Mapped());
+  EXPECT_EQ(PelmButtons_GetSwitchVals(0, guarded.ReadOnly<uint8_t>()), PELM_ERR_PARAM);
+  EXPECT_EQ(PelmToggles_GetIndicators(0, guarded.ReadOnly<uint8_t>()), PELM_ERR_PARAM);
+  EXPECT_EQ(PelmRadio_GetBrightness(0, guarded.ReadOnly<uint16_t>()), PELM_ERR_PARAM);
+  EXPECT_EQ(PelmKeypad_GetBrightness(0, guarded.LastByteReadOnly<uint32_t>()), PELM_ERR_PARAM);
+  EXPECT_EQ(PelmWarning_GetBrightness(0, guarded.ReadOnly<int32_t>()), PELM_ERR_PARAM);
+
+  uint32_t count = kCanaryByte;
+  EXPECT_EQ(PelmKeypad_GetKeycodes(0, reinterpret_cast<uint8_t*>(guarded.LastByteReadOnly<uint32_t>()), &count), PELM_ERR_PARAM);
+  EXPECT_EQ(count, kCanaryByte);
+
+  uint8_t inputs[6];
+  std::memset(inputs, kCanaryByte, sizeof inputs);
+  EXPECT_EQ(PelmIoBoard_GetSwitchVals(0, &inputs[0], &inputs[1], &inputs[2], &inputs[3], &inputs[4], &inputs[5],
+                                      guarded.ReadOnly<uint8_t>()),
+            PELM_ERR_PARAM);
+  EXPECT_TRUE(std::all_of(inputs, inputs + sizeof inputs, [](uint8_t byte) { return byte == kCanaryByte; }));
+}
+
+TEST_F(BadInputSweep, WarningPanelRefusesIndicatorNumbersOutsideOneToSix) {
+  Plug(ModelByTypeCode(PELM_MODEL_WARNING)->productId, 1, kRoomyCaps);
+  PelmDev_Init(nullptr);
+  for (uint32_t indicator : {0u, 7u, 0x100u, 0xFFFFFFFFu}) {
+    uint8_t components[3] = {kCanaryByte, kCanaryByte, kCanaryByte};
+    uint8_t colorIndex = kCanaryByte;
+    EXPECT_EQ(PelmWarning_GetIndColor(0, indicator, &components[0], &components[1], &components[2]),
+              PELM_ERR_PARAM);
+    EXPECT_EQ(PelmWarning_GetIndColorValue(0, indicator, &colorIndex), PELM_ERR_PARAM);
+    EXPECT_EQ(PelmWarning_SetIndColor(0, indicator, 1, 2, 3), PELM_ERR_PARAM);
+    EXPECT_EQ(PelmWarning_SetIndColorValue(0, indicator, 1), PELM_ERR_PARAM);
+    EXPECT_EQ(components[0] & components[1] & components[2] & colorIndex, kCanaryByte) << indicator;
+  }
+}
+
+TEST_F(BadInputSweep, WarningPanelIgnoresColourIndicesOutsideItsPalette) {
+  Plug(ModelByTypeCode(PELM_MODEL_WARNING)->productId, 1, kRoomyCaps);
+  PelmDev_Init(nullptr);
+  constexpr uint32_t kIndicator = 1;
+  constexpr uint32_t kLastColour = 7;
+  ASSERT_EQ(PelmWarning_SetIndColorValue(0, kIndicator, kLastColour), PELM_SUCCESS);
+  for (uint32_t colour : {8u, 0xFFu, 0xFFFFFFFFu}) {
+    EXPECT_EQ(PelmWarning_SetIndColorValue(0, kIndicator, colour), PELM_SUCCESS);
+    uint8_t stored = 0;
+    ASSERT_EQ(PelmWarning_GetIndColorValue(0, kIndicator, &stored), PELM_SUCCESS);
+    EXPECT_EQ(stored, kLastColour) << colour;
+  }
+}
+
+TEST_F(BadInputSweep, DeviceInfoQueriesRefuseBadModelsIndicesAndRecords) {
+  Plug(ModelByTypeCode(PELM_MODEL_BUTTONS)->productId, 1, kRoomyCaps);
+  PelmDev_Init(nullptr);
+  using Query = int32_t (*)(int32_t, int32_t, PelmDevInfo*);
+  for (Query query : {&PelmDev_GetDeviceInfo, &PelmDev_GetDeviceInfo_stdcall}) {
+    PelmDevInfo info;
+    std::memset(&info, kCanaryByte, sizeof info);
+    for (int32_t noModel : {0, 16, 20, -1, INT32_MIN, INT32_MAX}) {
+      EXPECT_EQ(query(noModel, 0, &info), PELM_SUCCESS) << noModel;
+    }
+    for (int32_t index : IndicesOutside(PELM_MODEL_BUTTONS)) {
+      EXPECT_EQ(query(PELM_MODEL_BUTTONS, index, &info), PELM_ERR_INDEX) << index;
+    }
+    EXPECT_EQ(query(PELM_MODEL_BUTTONS, 1, &info), PELM_ERR_NODEVICE);
+    EXPECT_EQ(query(PELM_MODEL_TOGGLES, 0, &info), PELM_ERR_NODEVICE);
+    const auto* bytes = reinterpret_cast<const uint8_t*>(&info);
+    EXPECT_TRUE(std::all_of(bytes, bytes + sizeof info, [](uint8_t byte) { return byte == kCanaryByte; }));
+
+    GuardedMemory guarded;
+    ASSERT_TRUE(guarded.Mapped());
+    EXPECT_EQ(query(PELM_MODEL_BUTTONS, 0, nullptr), PELM_ERR_PARAM);
+    EXPECT_EQ(query(PELM_MODEL_BUTTONS, 0, guarded.ReadOnly<PelmDevInfo>()), PELM_ERR_PARAM);
+    auto* partly = guarded.LastByteReadOnly<PelmDevInfo>();
+    std::memset(partly, kCanaryByte, sizeof(PelmDevInfo) - 1);
+    EXPECT_EQ(query(PELM_MODEL_BUTTONS, 0, partly), PELM_ERR_PARAM);
+    EXPECT_EQ(static_cast<uint8_t>(partly->devicePath[0]), kCanaryByte);
+  }
+
+  PelmDevInfo2 info2;
+  std::memset(&info2, kCanaryByte, sizeof info2);
+  for (uint16_t wrongSize : {0, 330, 332, 0xFFFF}) {
+    info2.structSize = wrongSize;
+    EXPECT_EQ(PelmDev_GetDeviceInfo2(PELM_MODEL_BUTTONS, 0, &info2), PELM_SUCCESS);
+    EXPECT_EQ(static_cast<uint8_t>(info2.devicePath[0]), kCanaryByte) << wrongSize;
+  }
+  EXPECT_EQ(PelmDev_GetDeviceInfo2(PELM_MODEL_BUTTONS, 0, nullptr), PELM_ERR_PARAM);
+  EXPECT_EQ(PelmDev_GetDeviceInfo2(PELM_MODEL_BUTTONS, -1, &info2), PELM_ERR_INDEX);
+}
+
+void ConnectSink(int32_t, int32_t, int32_t) {}
+void PELM_STDCALL ConnectSinkStdcall(int32_t, int32_t, int32_t) {}
+void InputSink(int32_t, int32_t, void*) {}
+void PELM_STDCALL InputSinkStdcall(int32_t, int32_t, void*) {}
+void WakeupSink() {}
+void PELM_STDCALL WakeupSinkStdcall() {}
+
+TEST_F(BadInputSweep, CallbackRegistrationRefusesNullCallbacksAndDeadIntervals) {
+  PelmDev_Init(nullptr);
+  EXPECT_EQ(PelmDev_RegisterConnectCallback(nullptr), 0u);
+  EXPECT_EQ(PelmDev_RegisterConnectCallback_stdcall(nullptr), 0u);
+  EXPECT_EQ(PelmDev_RegisterInputCallback(nullptr), 0u);
+  EXPECT_EQ(PelmDev_RegisterInputCallback_stdcall(nullptr), 0u);
+  for (int32_t deadInterval : {0, -1}) {
+    EXPECT_EQ(PelmDev_RegisterWakeupCallback(&WakeupSink, deadInterval), 0u);
+    EXPECT_EQ(PelmDev_RegisterWakeupCallback_stdcall(&WakeupSinkStdcall, deadInterval), 0u);
+  }
+  EXPECT_EQ(PelmDev_RegisterWakeupCallback(nullptr, 1000), 0u);
+
+  // Nothing was stored, so there is nothing to unregister.
+  EXPECT_EQ(PelmDev_UnregisterConnectCallback(), 0u);
+  EXPECT_EQ(PelmDev_UnregisterConnectCallback_stdcall(), 0u);
+  EXPECT_EQ(PelmDev_UnregisterInputCallback(), 0u);
+  EXPECT_EQ(PelmDev_UnregisterInputCallback_stdcall(), 0u);
+  EXPECT_EQ(PelmDev_UnregisterWakeupCallback(), 0u);
+  EXPECT_EQ(PelmDev_UnregisterWakeupCallback_stdcall(), 0u);
+
+  // A null registration keeps the one stored before it.
+  EXPECT_EQ(PelmDev_RegisterConnectCallback(&ConnectSink), 1u);
+  EXPECT_EQ(PelmDev_RegisterConnectCallback_stdcall(&ConnectSinkStdcall), 1u);
+  EXPECT_EQ(PelmDev_RegisterConnectCallback(nullptr), 0u);
+  EXPECT_EQ(PelmDev_UnregisterConnectCallback(), 1u);
+  EXPECT_EQ(PelmDev_UnregisterConnectCallback_stdcall(), 1u);
+  EXPECT_EQ(PelmDev_RegisterInputCallback_stdcall(&InputSinkStdcall), 1u);
+  EXPECT_EQ(PelmDev_RegisterInputCallback(&InputSink), 1u);
+  EXPECT_EQ(PelmDev_UnregisterInputCallback(), 1u);
+}
+
+TEST_F(BadInputSweep, InitAndTerminateMayRepeatInAnyOrder) {
+  Plug(ModelByTypeCode(PELM_MODEL_BUTTONS)->productId, 1, kRoomyCaps);
+  EXPECT_EQ(PelmDev_Terminate(), 0u);
+  EXPECT_EQ(PelmDev_Terminate_stdcall(), 0u);
+  EXPECT_EQ(PelmDev_Init(nullptr), 0u);
+  EXPECT_EQ(PelmDev_Init_stdcall(kHostInstance), 0u);
+  EXPECT_EQ(PelmButtons_GetNumDevices(), 1u);
+  EXPECT_EQ(PelmDev_Terminate(), 0u);
+  EXPECT_EQ(PelmDev_Terminate(), 0u);
+  EXPECT_EQ(PelmButtons_GetNumDevices(), 0u);
+}
+
+}  // namespace
+}  // namespace pelm::test
