@@ -42,27 +42,27 @@ double Percentile(std::vector<double> samples, double fraction) {
 
 double Median(std::vector<double> samples) { return Percentile(std::move(samples), 0.5); }
 
-sim::DeviceSpec PanelSpec(uint16_t productId, int instance) {
-  sim::DeviceSpec spec;
-  spec.path = DevicePath(kVendorId, productId, instance);
-  spec.vendorId = kVendorId;
-  spec.productId = productId;
-  spec.caps = kPanelCaps;
-  return spec;
+sim::DeviceDescription PanelDescription(uint16_t productId, int instance) {
+  sim::DeviceDescription description;
+  description.path = DevicePath(kVendorId, productId, instance);
+  description.vendorId = kVendorId;
+  description.productId = productId;
+  description.caps = kPanelCaps;
+  return description;
 }
 
-sim::DeviceSpec ForeignDeviceSpec(int instance) {
-  sim::DeviceSpec spec;
-  spec.path = DevicePath(kForeignVendorId, kForeignProductId, instance);
-  spec.vendorId = kForeignVendorId;
-  spec.productId = kForeignProductId;
-  spec.caps = kPanelCaps;
-  return spec;
+sim::DeviceDescription ForeignDeviceSpec(int instance) {
+  sim::DeviceDescription description;
+  description.path = DevicePath(kForeignVendorId, kForeignProductId, instance);
+  description.vendorId = kForeignVendorId;
+  description.productId = kForeignProductId;
+  description.caps = kPanelCaps;
+  return description;
 }
 
-std::shared_ptr<sim::SimDevice> PlugQuietly(const sim::DeviceSpec& spec) {
+std::shared_ptr<sim::SimDevice> PlugQuietly(const sim::DeviceDescription& description) {
   // Plugged without a notice, then switched to counting before anyone opens it.
-  auto device = sim::Bus::Instance().Plug(spec, false);
+  auto device = sim::Bus::Instance().Plug(description, false);
   device->SetLogging(false);
   return device;
 }
@@ -73,7 +73,7 @@ std::vector<std::shared_ptr<sim::SimDevice>> PlugMixedPanels(int count) {
   for (int i = 0; i < count; ++i) {
     const ModelDescriptor& model = models[static_cast<std::size_t>(i) % models.size()];
     const int instance = i / static_cast<int>(models.size()) + 1;
-    devices.push_back(PlugQuietly(PanelSpec(model.productId, instance)));
+    devices.push_back(PlugQuietly(PanelDescription(model.productId, instance)));
   }
   return devices;
 }

@@ -44,12 +44,12 @@ double Percentile(std::vector<double> samples, double fraction);
 double Median(std::vector<double> samples);
 
 // A panel of the model with this product ID; instance numbers keep paths apart.
-sim::DeviceSpec PanelSpec(uint16_t productId, int instance);
+sim::DeviceDescription PanelDescription(uint16_t productId, int instance);
 // A HID device of another vendor, which the library probes and leaves alone.
-sim::DeviceSpec ForeignDeviceSpec(int instance);
+sim::DeviceDescription ForeignDeviceSpec(int instance);
 
 // Plugs a device with its transfer log off, so that long runs only count.
-std::shared_ptr<sim::SimDevice> PlugQuietly(const sim::DeviceSpec& spec);
+std::shared_ptr<sim::SimDevice> PlugQuietly(const sim::DeviceDescription& description);
 // Plugs `count` panels, taking the models in probe order in turn.
 std::vector<std::shared_ptr<sim::SimDevice>> PlugMixedPanels(int count);
 // True when every device has been opened at least once.

@@ -84,16 +84,16 @@ std::optional<double> TimeOneReport(sim::SimDevice& device, Arrivals& arrivals, 
 
 std::vector<Figure> MeasureInputLatency(const RunLength& length) {
   sim::Bus::Instance().Reset();
-  auto libraryDevice = PlugQuietly(PanelSpec(sim::RadioPanelSim::kProductId, 1));
+  auto libraryDevice = PlugQuietly(PanelDescription(sim::RadioPanelSim::kProductId, 1));
   PelmDev_Init(nullptr);
   PelmDev_RegisterInputCallback(&OnInput);
   // Plugged after Init without a notice: the library never opens it.
-  auto floorDevice = PlugQuietly(PanelSpec(sim::RadioPanelSim::kProductId, 2));
+  auto floorDevice = PlugQuietly(PanelDescription(sim::RadioPanelSim::kProductId, 2));
 
   Arrivals floorArrivals;
   auto cancel = platform::CreateReadCancel();
   std::thread floorReader([&] {
-    platform::HidHandle handle = platform::OpenDevice(floorDevice->Spec().path.c_str(), platform::OpenMode::Overlapped);
+    platform::HidHandle handle = platform::OpenDevice(floorDevice->Description().path.c_str(), platform::OpenMode::Overlapped);
     if (!handle) return;
     uint8_t buffer[kReadBufferLength];
     uint32_t bytesRead = 0;

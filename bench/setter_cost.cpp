@@ -63,7 +63,7 @@ const std::vector<Setter>& Setters() {
 
 Figure MeasureSetter(const Setter& setter, std::size_t batches) {
   sim::Bus::Instance().Reset();
-  auto device = PlugQuietly(PanelSpec(setter.productId, 1));
+  auto device = PlugQuietly(PanelDescription(setter.productId, 1));
   PelmDev_Init(nullptr);
   std::vector<double> perCallNs;
   std::size_t expectedSends = SendsReceived(*device);
@@ -94,7 +94,7 @@ Figure MeasureSetter(const Setter& setter, std::size_t batches) {
 // in the slow device while the other calls are timed.
 Figure MeasureSetterWithWriterBusy(const Setter& setter, std::size_t batches) {
   sim::Bus::Instance().Reset();
-  auto device = PlugQuietly(PanelSpec(setter.productId, 1));
+  auto device = PlugQuietly(PanelDescription(setter.productId, 1));
   PelmDev_Init(nullptr);
   device->SetOperationDelay(kBusyDeviceDelay);
   constexpr int kTimedCalls = kCallsPerBatch - 1;

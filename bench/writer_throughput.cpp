@@ -23,7 +23,7 @@ constexpr double kOneWriterLimitPerSecond = 100000;
 double DeliveredPerSecond(int writers, Clock::duration window) {
   sim::Bus::Instance().Reset();
   std::vector<std::shared_ptr<sim::SimDevice>> devices;
-  for (int i = 0; i < writers; ++i) devices.push_back(PlugQuietly(PanelSpec(kButtonPanelProductId, i + 1)));
+  for (int i = 0; i < writers; ++i) devices.push_back(PlugQuietly(PanelDescription(kButtonPanelProductId, i + 1)));
   PelmDev_Init(nullptr);
 
   std::atomic<bool> stop{false};

@@ -15,13 +15,13 @@ inline const ModelDescriptor& ModelFromByte(uint8_t byte) {
   return ModelsInProbeOrder()[byte % kModelCount];
 }
 
-inline sim::DeviceSpec SpecFor(const ModelDescriptor& model, platform::HidCaps caps) {
-  sim::DeviceSpec spec;
-  spec.path = "\\\\?\\hid#vid_fff0&pid_" + std::to_string(model.productId) + "#fuzz";
-  spec.vendorId = kVendorId;
-  spec.productId = model.productId;
-  spec.caps = caps;
-  return spec;
+inline sim::DeviceDescription SpecFor(const ModelDescriptor& model, platform::HidCaps caps) {
+  sim::DeviceDescription description;
+  description.path = "\\\\?\\hid#vid_fff0&pid_" + std::to_string(model.productId) + "#fuzz";
+  description.vendorId = kVendorId;
+  description.productId = model.productId;
+  description.caps = caps;
+  return description;
 }
 
 }  // namespace pelm::fuzz

@@ -185,20 +185,20 @@ void HostThread(unsigned seed) {
 }
 
 struct PluggedPanel {
-  pelm::sim::DeviceSpec spec;
+  pelm::sim::DeviceDescription description;
   std::shared_ptr<pelm::sim::SimDevice> device;
   bool present = true;
   int generation = 0;
 };
 
-pelm::sim::DeviceSpec SpecFor(const pelm::ModelDescriptor& model, int instance, int generation) {
-  pelm::sim::DeviceSpec spec;
-  spec.path = "\\\\?\\hid#vid_fff0&pid_" + std::to_string(model.productId) + "#soak&" + std::to_string(instance) +
+pelm::sim::DeviceDescription SpecFor(const pelm::ModelDescriptor& model, int instance, int generation) {
+  pelm::sim::DeviceDescription description;
+  description.path = "\\\\?\\hid#vid_fff0&pid_" + std::to_string(model.productId) + "#soak&" + std::to_string(instance) +
               "&" + std::to_string(generation);
-  spec.vendorId = pelm::kVendorId;
-  spec.productId = model.productId;
-  spec.caps = {kLongestReport, kLongestReport, kLongestReport};
-  return spec;
+  description.vendorId = pelm::kVendorId;
+  description.productId = model.productId;
+  description.caps = {kLongestReport, kLongestReport, kLongestReport};
+  return description;
 }
 
 // Input at random rates, unplugs and replugs, slow devices, failing sends.
@@ -209,15 +209,15 @@ void DeviceThread(std::vector<PluggedPanel>& panels, unsigned seed) {
     PluggedPanel& panel = panels[random() % panels.size()];
     switch (random() % 64) {
       case 0:
-        if (panel.present) bus.Unplug(panel.spec.path);
+        if (panel.present) bus.Unplug(panel.description.path);
         else {
           // Back at the same path, or at a new one as after a move to another port.
           if (random() % 2 == 0) {
-            bus.Unplug(panel.spec.path, false);
-            panel.spec = SpecFor(*pelm::ModelByProductId(panel.spec.productId), static_cast<int>(&panel - &panels[0]),
+            bus.Unplug(panel.description.path, false);
+            panel.description = SpecFor(*pelm::ModelByProductId(panel.description.productId), static_cast<int>(&panel - &panels[0]),
                                  ++panel.generation);
           }
-          panel.device = bus.Plug(panel.spec);
+          panel.device = bus.Plug(panel.description);
         }
         panel.present = !panel.present;
         break;
@@ -265,8 +265,8 @@ int main(int argc, char** argv) {
     const int copies = std::count(std::begin(kTwiceModels), std::end(kTwiceModels), model.typeCode) + 1;
     for (int copy = 0; copy < copies; ++copy) {
       PluggedPanel panel;
-      panel.spec = SpecFor(model, static_cast<int>(panels.size()), 0);
-      panel.device = bus.Plug(panel.spec);
+      panel.description = SpecFor(model, static_cast<int>(panels.size()), 0);
+      panel.device = bus.Plug(panel.description);
       panels.push_back(panel);
     }
   }

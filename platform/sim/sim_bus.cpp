@@ -5,8 +5,8 @@
 
 namespace pelm::sim {
 
-SimDevice::SimDevice(DeviceSpec spec, std::unique_ptr<Panel> panel)
-    : spec_(std::move(spec)), panel_(std::move(panel)) {}
+SimDevice::SimDevice(DeviceDescription description, std::unique_ptr<Panel> panel)
+    : description_(std::move(description)), panel_(std::move(panel)) {}
 
 bool SimDevice::Present() const {
   std::lock_guard hold(mutex_);
@@ -132,30 +132,30 @@ Bus& Bus::Instance() {
   return *bus;
 }
 
-std::shared_ptr<SimDevice> Bus::Plug(const DeviceSpec& spec, bool notify) {
-  return PlugWithPanel(spec, nullptr, notify);
+std::shared_ptr<SimDevice> Bus::Plug(const DeviceDescription& description, bool notify) {
+  return PlugWithPanel(description, nullptr, notify);
 }
 
-std::shared_ptr<SimDevice> Bus::PlugWithPanel(const DeviceSpec& spec, std::unique_ptr<Panel> panel, bool notify) {
+std::shared_ptr<SimDevice> Bus::PlugWithPanel(const DeviceDescription& description, std::unique_ptr<Panel> panel, bool notify) {
   std::shared_ptr<SimDevice> device;
   {
     std::lock_guard hold(mutex_);
     for (const auto& known : devices_) {
-      if (known->spec_.path == spec.path) device = known;
+      if (known->description_.path == description.path) device = known;
     }
     if (!device) {
-      device.reset(new SimDevice(spec, panel ? std::move(panel) : MakePanel(spec.productId)));
+      device.reset(new SimDevice(description, panel ? std::move(panel) : MakePanel(description.productId)));
       devices_.push_back(device);
     }
-    std::erase(presentOrder_, spec.path);
-    presentOrder_.push_back(spec.path);
+    std::erase(presentOrder_, description.path);
+    presentOrder_.push_back(description.path);
   }
   {
     std::lock_guard hold(device->mutex_);
     device->present_ = true;
     ++device->generation_;
   }
-  if (notify) Notify(platform::DeviceEvent::Arrival, spec.path);
+  if (notify) Notify(platform::DeviceEvent::Arrival, description.path);
   return device;
 }
 
@@ -178,7 +178,7 @@ void Bus::Unplug(const std::string& path, bool notify) {
 std::shared_ptr<SimDevice> Bus::Find(const std::string& path) const {
   std::lock_guard hold(mutex_);
   for (const auto& device : devices_) {
-    if (device->spec_.path == path) return device;
+    if (device->description_.path == path) return device;
   }
   return nullptr;
 }

@@ -24,7 +24,7 @@
 
 namespace pelm::sim {
 
-struct DeviceSpec {
+struct DeviceDescription {
   std::string path;
   uint16_t vendorId = 0;
   uint16_t productId = 0;
@@ -50,7 +50,7 @@ class Bus;
 // One simulated device. It keeps its log and faults across unplug and replug.
 class SimDevice {
  public:
-  const DeviceSpec& Spec() const { return spec_; }
+  const DeviceDescription& Description() const { return description_; }
   Panel& PanelBehaviour() { return *panel_; }
   template <class PanelType>
   PanelType& PanelAs() { return static_cast<PanelType&>(*panel_); }
@@ -91,7 +91,7 @@ class SimDevice {
   friend class SimHidDevice;
   friend class SimReadCancel;
   friend platform::HidHandle platform::OpenDevice(const char* path, platform::OpenMode mode);
-  SimDevice(DeviceSpec spec, std::unique_ptr<Panel> panel);
+  SimDevice(DeviceDescription description, std::unique_ptr<Panel> panel);
 
   void Record(LogOp op, uint64_t handleId, platform::OpenMode mode, const uint8_t* bytes, std::size_t length,
               bool succeeded);
@@ -99,7 +99,7 @@ class SimDevice {
   bool ConsumeSendFailure();
   void WakeReaders();
 
-  const DeviceSpec spec_;
+  const DeviceDescription description_;
   const std::unique_ptr<Panel> panel_;
 
   mutable std::mutex mutex_;
@@ -123,10 +123,10 @@ class Bus {
 
   // Makes a device present (a new one, or the one that had this path before,
   // which keeps its log and panel state) and tells the notifier.
-  std::shared_ptr<SimDevice> Plug(const DeviceSpec& spec, bool notify = true);
+  std::shared_ptr<SimDevice> Plug(const DeviceDescription& description, bool notify = true);
   // As Plug, for a device never seen before whose reports `panel` answers
   // instead of its model's panel (a device that misbehaves).
-  std::shared_ptr<SimDevice> PlugWithPanel(const DeviceSpec& spec, std::unique_ptr<Panel> panel, bool notify = true);
+  std::shared_ptr<SimDevice> PlugWithPanel(const DeviceDescription& description, std::unique_ptr<Panel> panel, bool notify = true);
   // Makes the device absent: its handles fail from now on, a pending read ends
   // with a failure, and the notifier hears of the removal.
   void Unplug(const std::string& path, bool notify = true);

@@ -60,13 +60,13 @@ class SimHidDevice : public platform::HidDevice {
 
   bool GetAttributes(platform::HidAttributes& attributes) override {
     if (!Alive()) return false;
-    attributes = {device_->spec_.vendorId, device_->spec_.productId, device_->spec_.versionNumber};
+    attributes = {device_->description_.vendorId, device_->description_.productId, device_->description_.versionNumber};
     return true;
   }
 
   bool GetCaps(platform::HidCaps& caps) override {
     if (!Alive()) return false;
-    caps = device_->spec_.caps;
+    caps = device_->description_.caps;
     return true;
   }
 
@@ -99,8 +99,8 @@ class SimHidDevice : public platform::HidDevice {
   }
 
   bool GetSerialNumber(std::u16string& serial) override {
-    if (!Alive() || device_->spec_.serialNumber.empty()) return false;
-    serial = device_->spec_.serialNumber;
+    if (!Alive() || device_->description_.serialNumber.empty()) return false;
+    serial = device_->description_.serialNumber;
     return true;
   }
 

@@ -61,12 +61,12 @@ const std::vector<Export>& Exports() {
 // Every family's simulated panel at index 0, so that calls reach a device.
 void PlugOnePanelOfEachModel() {
   for (const pelm::ModelDescriptor& model : pelm::ModelsInProbeOrder()) {
-    pelm::sim::DeviceSpec spec;
-    spec.path = std::string("\\\\?\\hid#abi-check#") + model.family;
-    spec.vendorId = pelm::kVendorId;
-    spec.productId = model.productId;
-    spec.caps = {16, 16, 16};
-    pelm::sim::Bus::Instance().Plug(spec);
+    pelm::sim::DeviceDescription description;
+    description.path = std::string("\\\\?\\hid#abi-check#") + model.family;
+    description.vendorId = pelm::kVendorId;
+    description.productId = model.productId;
+    description.caps = {16, 16, 16};
+    pelm::sim::Bus::Instance().Plug(description);
   }
 }
 

@@ -17,16 +17,16 @@ using namespace std::chrono_literals;
 class DeviceChannelTest : public SimTest {};
 
 TEST_F(DeviceChannelTest, OpenIdentifiesTheDeviceAndMakesTheOpenTimeRead) {
-  sim::DeviceSpec spec = PanelSpec(kTestProductId, 1, {5, 7, 9});
-  spec.versionNumber = 0x0123;
-  spec.serialNumber = u"AB12";
-  auto device = bus().Plug(spec);
+  sim::DeviceDescription description = PanelDescription(kTestProductId, 1, {5, 7, 9});
+  description.versionNumber = 0x0123;
+  description.serialNumber = u"AB12";
+  auto device = bus().Plug(description);
   device->PanelAs<sim::GenericPanel>().SetFeatureAnswer({kTestOpenReportId, 0x11, 0x22, 0x33});
 
-  RecordPtr record = OpenTestRecord(spec.path, TestParams(WriterVariant::Direct, /*readsSerial=*/true));
+  RecordPtr record = OpenTestRecord(description.path, TestParams(WriterVariant::Direct, /*readsSerial=*/true));
 
-  EXPECT_EQ(record->DevicePath(), UpperCasePath(spec.path.c_str()));
-  EXPECT_NE(record->DevicePath(), spec.path);
+  EXPECT_EQ(record->DevicePath(), UpperCasePath(description.path.c_str()));
+  EXPECT_NE(record->DevicePath(), description.path);
   EXPECT_TRUE(record->Identified());
   EXPECT_EQ(record->Caps().inputReportByteLength, 5);
   EXPECT_EQ(record->Caps().featureReportByteLength, 9);
@@ -49,26 +49,26 @@ TEST_F(DeviceChannelTest, SerialNumbersAreNarrowedToTheLowBytesAndCut) {
   };
   int instance = 0;
   for (const Case& c : cases) {
-    sim::DeviceSpec spec = PanelSpec(kTestProductId, ++instance);
-    spec.serialNumber = c.reported;
-    bus().Plug(spec);
-    RecordPtr record = OpenTestRecord(spec.path, TestParams(WriterVariant::Direct, true));
+    sim::DeviceDescription description = PanelDescription(kTestProductId, ++instance);
+    description.serialNumber = c.reported;
+    bus().Plug(description);
+    RecordPtr record = OpenTestRecord(description.path, TestParams(WriterVariant::Direct, true));
     EXPECT_EQ(record->SerialNumber(), c.kept);
   }
 }
 
 TEST_F(DeviceChannelTest, ModelsThatDoNotReadTheSerialKeepItEmpty) {
-  sim::DeviceSpec spec = PanelSpec(kTestProductId, 1);
-  spec.serialNumber = u"XYZ";
-  bus().Plug(spec);
-  RecordPtr record = OpenTestRecord(spec.path, TestParams(WriterVariant::Direct, false));
+  sim::DeviceDescription description = PanelDescription(kTestProductId, 1);
+  description.serialNumber = u"XYZ";
+  bus().Plug(description);
+  RecordPtr record = OpenTestRecord(description.path, TestParams(WriterVariant::Direct, false));
   EXPECT_EQ(record->SerialNumber(), "");
 }
 
 TEST_F(DeviceChannelTest, ADeviceThatCannotBeOpenedStillYieldsARunningRecord) {
-  auto device = bus().Plug(PanelSpec(kTestProductId, 1));
+  auto device = bus().Plug(PanelDescription(kTestProductId, 1));
   device->FailOpens(true);
-  RecordPtr record = OpenTestRecord(device->Spec().path, TestParams(WriterVariant::Retrying));
+  RecordPtr record = OpenTestRecord(device->Description().path, TestParams(WriterVariant::Retrying));
   EXPECT_FALSE(record->Identified());
   EXPECT_TRUE(record->OpenTimeReport().empty());
   EXPECT_EQ(record->defaultsApplied, 1);
@@ -80,9 +80,9 @@ TEST_F(DeviceChannelTest, ADeviceThatCannotBeOpenedStillYieldsARunningRecord) {
 }
 
 TEST_F(DeviceChannelTest, ARecordIdentifiesItsDeviceWhenItComesBack) {
-  auto device = bus().Plug(PanelSpec(kTestProductId, 1));
+  auto device = bus().Plug(PanelDescription(kTestProductId, 1));
   device->FailOpens(true);
-  RecordPtr record = OpenTestRecord(device->Spec().path, TestParams(WriterVariant::Direct));
+  RecordPtr record = OpenTestRecord(device->Description().path, TestParams(WriterVariant::Direct));
   record->StopThreads();
   device->FailOpens(false);
   record->StartThreads();
@@ -92,8 +92,8 @@ TEST_F(DeviceChannelTest, ARecordIdentifiesItsDeviceWhenItComesBack) {
 }
 
 TEST_F(DeviceChannelTest, InputReportsReachTheHookInOrder) {
-  auto device = bus().Plug(PanelSpec(kTestProductId, 1));
-  RecordPtr record = OpenTestRecord(device->Spec().path, TestParams(WriterVariant::Direct));
+  auto device = bus().Plug(PanelDescription(kTestProductId, 1));
+  RecordPtr record = OpenTestRecord(device->Description().path, TestParams(WriterVariant::Direct));
   device->InjectInput({0, 1, 2, 3, 4, 5, 6, 7});
   device->InjectInput({0, 9, 9, 9, 9, 9, 9, 9});
   ASSERT_TRUE(WaitUntil([&] { return record->Inputs().size() == 2; }));
@@ -103,8 +103,8 @@ TEST_F(DeviceChannelTest, InputReportsReachTheHookInOrder) {
 
 TEST_F(DeviceChannelTest, AShortInputReportIsNeverParsedPastTheBuffer) {
   // The device's input reports are 3 bytes; the model reads 8.
-  auto device = bus().Plug(PanelSpec(kTestProductId, 1, {3, 0, 0}));
-  RecordPtr record = OpenTestRecord(device->Spec().path, TestParams(WriterVariant::Direct));
+  auto device = bus().Plug(PanelDescription(kTestProductId, 1, {3, 0, 0}));
+  RecordPtr record = OpenTestRecord(device->Description().path, TestParams(WriterVariant::Direct));
   device->InjectInput({0, 0xAA, 0xBB, 0xCC, 0xDD});  // longer than the device's length
   device->InjectInput({0, 0x11});                    // shorter than it
   ASSERT_TRUE(WaitUntil([&] { return record->Inputs().size() == 2; }));
@@ -113,8 +113,8 @@ TEST_F(DeviceChannelTest, AShortInputReportIsNeverParsedPastTheBuffer) {
 }
 
 TEST_F(DeviceChannelTest, StopEndsAnIdleReaderPromptly) {
-  auto device = bus().Plug(PanelSpec(kTestProductId, 1));
-  RecordPtr record = OpenTestRecord(device->Spec().path, TestParams(WriterVariant::Retrying));
+  auto device = bus().Plug(PanelDescription(kTestProductId, 1));
+  RecordPtr record = OpenTestRecord(device->Description().path, TestParams(WriterVariant::Retrying));
   const auto start = std::chrono::steady_clock::now();
   record->StopThreads();
   // Bounded: the reader's pending read is cancelled, not waited out.
@@ -124,9 +124,9 @@ TEST_F(DeviceChannelTest, StopEndsAnIdleReaderPromptly) {
 }
 
 TEST_F(DeviceChannelTest, ADeviceThatVanishesMidReadLeavesTheReaderStoppable) {
-  auto device = bus().Plug(PanelSpec(kTestProductId, 1));
-  RecordPtr record = OpenTestRecord(device->Spec().path, TestParams(WriterVariant::Direct));
-  bus().Unplug(device->Spec().path, /*notify=*/false);
+  auto device = bus().Plug(PanelDescription(kTestProductId, 1));
+  RecordPtr record = OpenTestRecord(device->Description().path, TestParams(WriterVariant::Direct));
+  bus().Unplug(device->Description().path, /*notify=*/false);
   // The reader's reads now fail; nothing is delivered and stop still works.
   uint8_t value = 0;
   EXPECT_EQ(record->ReadFeatureByte(2, value), PELM_ERR_IO);
@@ -135,12 +135,12 @@ TEST_F(DeviceChannelTest, ADeviceThatVanishesMidReadLeavesTheReaderStoppable) {
 }
 
 TEST_F(DeviceChannelTest, RestartOpensAFreshHandleAndKeepsTheRecord) {
-  auto device = bus().Plug(PanelSpec(kTestProductId, 1));
-  RecordPtr record = OpenTestRecord(device->Spec().path, TestParams(WriterVariant::Direct, true));
+  auto device = bus().Plug(PanelDescription(kTestProductId, 1));
+  RecordPtr record = OpenTestRecord(device->Description().path, TestParams(WriterVariant::Direct, true));
   const platform::HidHandle first = record->MainHandle();
-  bus().Unplug(device->Spec().path, false);
+  bus().Unplug(device->Description().path, false);
   record->StopThreads();
-  bus().Plug(device->Spec(), false);
+  bus().Plug(device->Description(), false);
   const std::size_t opensBefore = device->CountOf(sim::LogOp::Open);
   record->StartThreads();
   EXPECT_EQ(device->CountOf(sim::LogOp::Open), opensBefore + 1);
@@ -165,8 +165,8 @@ TEST_F(DeviceChannelTest, PathsTooLongForTheRecordAreRefused) {
 }
 
 TEST_F(DeviceChannelTest, ThousandStartStopCyclesWithTrafficLeakNothing) {
-  auto device = bus().Plug(PanelSpec(kTestProductId, 1));
-  RecordPtr record = OpenTestRecord(device->Spec().path, TestParams(WriterVariant::Retrying));
+  auto device = bus().Plug(PanelDescription(kTestProductId, 1));
+  RecordPtr record = OpenTestRecord(device->Description().path, TestParams(WriterVariant::Retrying));
   std::atomic<bool> done{false};
   std::thread traffic([&] {
     while (!done) device->InjectInput({0, 1, 2});

@@ -50,8 +50,8 @@ class PelmHidDeviceTest : public SimTest {
  protected:
   void SetUp() override {
     SimTest::SetUp();
-    device = bus().Plug(PanelSpec(kEngineStartId, 1, {6, 5, 2}));
-    object = std::make_unique<TestDevice>(device->Spec().path.c_str());
+    device = bus().Plug(PanelDescription(kEngineStartId, 1, {6, 5, 2}));
+    object = std::make_unique<TestDevice>(device->Description().path.c_str());
   }
   void TearDown() override {
     object->Close();

@@ -16,10 +16,10 @@ using sim::Report;
 class WriterTest : public SimTest {
  protected:
   RecordPtr Open(WriterVariant writer, uint16_t version = 0x0100) {
-    sim::DeviceSpec spec = PanelSpec(kTestProductId, 1);
-    spec.versionNumber = version;
-    device = bus().Plug(spec);
-    return OpenTestRecord(spec.path, TestParams(writer));
+    sim::DeviceDescription description = PanelDescription(kTestProductId, 1);
+    description.versionNumber = version;
+    device = bus().Plug(description);
+    return OpenTestRecord(description.path, TestParams(writer));
   }
 
   static bool Queue(TestRecord& record, const Report& report, ReportKind kind = ReportKind::Feature) {

@@ -30,7 +30,7 @@ TEST_F(LibraryTest, RemovalOfAPanelUnderABusyHostEnds) {
   });
   ASSERT_TRUE(WaitUntil([&] { return device->CountOf(sim::LogOp::SetFeature) > 0; }));
 
-  bus().Unplug(device->Spec().path);
+  bus().Unplug(device->Description().path);
   auto removal = std::async(std::launch::async, [] { return PelmDevExt_DispatchEvents(); });
   const bool removalEnded = WaitUntil([&] { return removal.wait_for(std::chrono::seconds(0)) == std::future_status::ready; });
   hostBusy = false;

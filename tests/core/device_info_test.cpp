@@ -110,10 +110,10 @@ TEST_F(DeviceInfoTest, DevicesAreDescribedByTheirModelsKind) {
       {kEngineStartId, PELM_MODEL_ENGINESTART, "", 5},
   };
   for (const Case& c : cases) {
-    sim::DeviceSpec spec = PanelSpec(c.productId, 1, {8, 5, 8});
-    spec.versionNumber = 0x0123;
-    spec.serialNumber = u"SN-0042";
-    bus().Plug(spec);
+    sim::DeviceDescription description = PanelDescription(c.productId, 1, {8, 5, 8});
+    description.versionNumber = 0x0123;
+    description.serialNumber = u"SN-0042";
+    bus().Plug(description);
   }
   PelmDev_Init(nullptr);
   for (const Case& c : cases) {
@@ -138,12 +138,12 @@ TEST_F(DeviceInfoTest, DevicesAreDescribedByTheirModelsKind) {
 TEST_F(DeviceInfoTest, AnUnpluggedDeviceIsStillDescribedUntilTerminate) {
   auto device = Plug(kMapCtlId, 1);
   PelmDev_Init(kHostInstance);
-  bus().Unplug(device->Spec().path);
+  bus().Unplug(device->Description().path);
   PelmDevExt_DispatchEvents();
   ASSERT_EQ(PelmMapCtl_GetNumDevices(), 0u);
   auto info = Filled<PelmDevInfo>();
   EXPECT_EQ(PelmDev_GetDeviceInfo(PELM_MODEL_MAPCTL, 0, &info), PELM_SUCCESS);
-  EXPECT_EQ(info.devicePath, UpperCase(device->Spec().path));
+  EXPECT_EQ(info.devicePath, UpperCase(device->Description().path));
   auto info2 = Filled<PelmDevInfo2>();
   EXPECT_EQ(PelmDev_GetDeviceInfo2(PELM_MODEL_MAPCTL, 0, &info2), PELM_SUCCESS);
   PelmDev_Terminate();

@@ -40,7 +40,7 @@ TEST_F(HotplugTest, UnplugAndReplugKeepTheSlotAndTheState) {
   uint8_t switches = 0;
   ASSERT_TRUE(WaitUntil([&] { return PelmButtons_GetSwitchVals(0, &switches) == 0 && switches == 0x5A; }));
 
-  bus().Unplug(device->Spec().path);
+  bus().Unplug(device->Description().path);
   EXPECT_GE(PelmDevExt_EventDescriptor(), 0);
   Pump();
   EXPECT_EQ(PelmButtons_GetNumDevices(), 0u);
@@ -48,7 +48,7 @@ TEST_F(HotplugTest, UnplugAndReplugKeepTheSlotAndTheState) {
   EXPECT_EQ(PelmButtons_SetBrightness(0, 1), PELM_SUCCESS);  // brightness never refuses
   EXPECT_EQ(device->OpenHandles(), 0);
 
-  bus().Plug(device->Spec());
+  bus().Plug(device->Description());
   Pump();
   EXPECT_EQ(events, (std::vector<ConnectEvent>{{PELM_MODEL_BUTTONS, 0, PELM_EVENT_REMOVAL},
                                                 {PELM_MODEL_BUTTONS, 0, PELM_EVENT_ARRIVAL}}));
@@ -61,10 +61,10 @@ TEST_F(HotplugTest, ANewPanelTakesTheLowestFreeSlotAndTheOldOneComesBackToItsOwn
   auto first = Plug(kButtonsId, 1);
   Plug(kButtonsId, 2);
   StartWithHotplug();
-  bus().Unplug(first->Spec().path);
+  bus().Unplug(first->Description().path);
   Plug(kButtonsId, 3);
   Pump();
-  bus().Plug(first->Spec());
+  bus().Plug(first->Description());
   Pump();
   EXPECT_EQ(events, (std::vector<ConnectEvent>{{PELM_MODEL_BUTTONS, 0, PELM_EVENT_REMOVAL},
                                                 {PELM_MODEL_BUTTONS, 2, PELM_EVENT_ARRIVAL},
@@ -73,13 +73,13 @@ TEST_F(HotplugTest, ANewPanelTakesTheLowestFreeSlotAndTheOldOneComesBackToItsOwn
 }
 
 TEST_F(HotplugTest, PathsMatchWhateverTheirCase) {
-  sim::DeviceSpec spec = PanelSpec(kButtonsId, 1);
-  for (std::size_t i = 0; i < spec.path.size(); i += 2) {
-    spec.path[i] = static_cast<char>(std::toupper(static_cast<unsigned char>(spec.path[i])));
+  sim::DeviceDescription description = PanelDescription(kButtonsId, 1);
+  for (std::size_t i = 0; i < description.path.size(); i += 2) {
+    description.path[i] = static_cast<char>(std::toupper(static_cast<unsigned char>(description.path[i])));
   }
-  auto device = bus().Plug(spec);
+  auto device = bus().Plug(description);
   StartWithHotplug();
-  bus().Unplug(spec.path);
+  bus().Unplug(description.path);
   Pump();
   EXPECT_EQ(events, (std::vector<ConnectEvent>{{PELM_MODEL_BUTTONS, 0, PELM_EVENT_REMOVAL}}));
 }
@@ -87,9 +87,9 @@ TEST_F(HotplugTest, PathsMatchWhateverTheirCase) {
 TEST_F(HotplugTest, RepeatedBroadcastsAreReportedAgain) {
   auto device = Plug(kButtonsId, 1);
   StartWithHotplug();
-  bus().Plug(device->Spec());  // arrival of a device that already runs: restarted
-  bus().Unplug(device->Spec().path);
-  bus().Unplug(device->Spec().path);
+  bus().Plug(device->Description());  // arrival of a device that already runs: restarted
+  bus().Unplug(device->Description().path);
+  bus().Unplug(device->Description().path);
   Pump();
   EXPECT_EQ(events, (std::vector<ConnectEvent>{{PELM_MODEL_BUTTONS, 0, PELM_EVENT_ARRIVAL},
                                                 {PELM_MODEL_BUTTONS, 0, PELM_EVENT_REMOVAL},
@@ -108,7 +108,7 @@ TEST_F(HotplugTest, ANewPanelBeyondTheSlotTableIsDiscardedSilently) {
 
 TEST_F(HotplugTest, ForeignDevicesAndUnknownRemovalsAreIgnored) {
   StartWithHotplug();
-  sim::DeviceSpec foreign = PanelSpec(kButtonsId, 1);
+  sim::DeviceDescription foreign = PanelDescription(kButtonsId, 1);
   foreign.vendorId = 0x1234;
   bus().Plug(foreign);
   bus().Unplug(foreign.path);
@@ -132,7 +132,7 @@ TEST_F(HotplugTest, WithoutAnInstanceChangesGoUnnoticed) {
   PelmDev_Init(nullptr);
   PelmDev_RegisterConnectCallback(RecordConnect);
   EXPECT_EQ(PelmDevExt_EventDescriptor(), -1);
-  bus().Unplug(device->Spec().path);
+  bus().Unplug(device->Description().path);
   EXPECT_EQ(PelmDevExt_DispatchEvents(), 0u);
   EXPECT_TRUE(events.empty());
   EXPECT_EQ(PelmButtons_GetNumDevices(), 1u);

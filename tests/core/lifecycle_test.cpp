@@ -55,8 +55,8 @@ TEST_F(LifecycleTest, ASecondInitReopensFromSlotZeroAndForgetsCallbacks) {
   static int calls = 0;
   ASSERT_EQ(PelmDev_RegisterInputCallback([](int32_t, int32_t, void*) { ++calls; }), 1u);
   auto second = Plug(kButtonsId, 2);
-  bus().Unplug(first->Spec().path);
-  bus().Plug(first->Spec());  // now enumerated after the second panel
+  bus().Unplug(first->Description().path);
+  bus().Plug(first->Description());  // now enumerated after the second panel
   second->PanelAs<sim::GenericPanel>().SetFeatureAnswer({4, 0x22});
 
   PelmDev_Init(nullptr);
@@ -77,7 +77,7 @@ TEST_F(LifecycleTest, TerminateWithoutInitAndTwiceIsHarmless) {
 }
 
 TEST_F(LifecycleTest, AForeignDeviceIsProbedOncePerModelAndLandsNowhere) {
-  sim::DeviceSpec foreign = PanelSpec(kButtonsId, 1);
+  sim::DeviceDescription foreign = PanelDescription(kButtonsId, 1);
   foreign.vendorId = 0x046D;
   auto device = bus().Plug(foreign);
   PelmDev_Init(nullptr);
@@ -124,9 +124,9 @@ TEST_F(LifecycleTest, NoListOfInterfacesMeansNoDevices) {
 }
 
 TEST_F(LifecycleTest, PathsTooLongForADeviceObjectAreNotOpened) {
-  sim::DeviceSpec spec = PanelSpec(kButtonsId, 1);
-  spec.path += std::string(260 - spec.path.size(), 'x');
-  auto device = bus().Plug(spec);
+  sim::DeviceDescription description = PanelDescription(kButtonsId, 1);
+  description.path += std::string(260 - description.path.size(), 'x');
+  auto device = bus().Plug(description);
   PelmDev_Init(nullptr);
   EXPECT_EQ(PelmButtons_GetNumDevices(), 0u);
   EXPECT_EQ(device->CountOf(sim::LogOp::Open), 0u);

@@ -104,7 +104,7 @@ TEST_F(DisplayModelsTest, DisconnectedPanelsRefuseAllButTheirSilentSetters) {
   for (std::size_t m = 0; m < models.size(); ++m) {
     const DisconnectedModel& model = models[m];
     sim::SimDevice& device = *devices[m];
-    SCOPED_TRACE(device.Spec().path);
+    SCOPED_TRACE(device.Description().path);
     Disconnect(device);
     for (const Operation& operation : model.silent) EXPECT_EQ(operation(0), PELM_SUCCESS);
     for (const Operation& operation : model.refused) EXPECT_EQ(operation(0), PELM_ERR_NODEVICE);
@@ -151,7 +151,7 @@ TEST_F(DisplayModelsTest, EachModelSendsThroughItsOwnWriterVariant) {
   };
   for (const WriterCase& c : cases) {
     auto device = PlugAndInit(c.productId, c.version);
-    SCOPED_TRACE(device->Spec().path);
+    SCOPED_TRACE(device->Description().path);
     device->FailNextSends(3);
     for (uint32_t level = 1; level <= 4; ++level) ASSERT_EQ(c.setBrightness(level), PELM_SUCCESS);
     ASSERT_TRUE(device->WaitForLog([&](const std::vector<sim::LogEntry>& log) {
@@ -181,7 +181,7 @@ TEST_F(DisplayModelsTest, ASetterIsRefusedOnceTwentyFiveReportsWait) {
   };
   for (const auto& [productId, setter] : cases) {
     auto device = PlugAndInit(productId);
-    SCOPED_TRACE(device->Spec().path);
+    SCOPED_TRACE(device->Description().path);
     device->SetOperationDelay(200ms);  // holds the writer in its first send
     std::vector<int32_t> statuses;
     for (int call = 0; call < kCalls; ++call) statuses.push_back(setter());
@@ -239,7 +239,7 @@ TEST_F(DisplayModelsTest, FeatureGettersReadBackWhatWasSetAndReportFailures) {
   constexpr uint32_t kUntouched = 0xFFFFFFFF;
   for (const GetterCase& c : cases) {
     auto device = PlugAndInit(c.productId);
-    SCOPED_TRACE(device->Spec().path);
+    SCOPED_TRACE(device->Description().path);
     ASSERT_EQ(c.setter(c.value), PELM_SUCCESS);
     WaitForSent(*device, 1);
     uint32_t value = kUntouched;
@@ -259,14 +259,14 @@ TEST_F(DisplayModelsTest, OnlyTheRadioAndTheSecondAutopilotPanelReadTheirSerialN
   for (const auto& [productId, typeCode, serial] : std::vector<std::tuple<uint16_t, int32_t, std::string>>{
            {kRadioId, PELM_MODEL_RADIO, "AB12"}, {kAutopilot2Id, PELM_MODEL_AUTOPILOT2, "AB12"},
            {kAutopilotId, PELM_MODEL_AUTOPILOT, ""}, {kSquawkId, PELM_MODEL_SQUAWK, ""}}) {
-    sim::DeviceSpec spec = PanelSpec(productId, 1);
-    spec.serialNumber = u"AB12";
-    bus().Plug(spec);
+    sim::DeviceDescription description = PanelDescription(productId, 1);
+    description.serialNumber = u"AB12";
+    bus().Plug(description);
     PelmDev_Init(nullptr);
     PelmDevInfo2 info{};
     info.structSize = sizeof info;
     ASSERT_EQ(PelmDev_GetDeviceInfo2(typeCode, 0, &info), PELM_SUCCESS);
-    EXPECT_EQ(std::string(info.serialNumber), serial) << spec.path;
+    EXPECT_EQ(std::string(info.serialNumber), serial) << description.path;
   }
 }
 

@@ -34,9 +34,9 @@ struct SetterCase {
 class DisplayTest : public LibraryTest {
  protected:
   std::shared_ptr<sim::SimDevice> PlugAndInit(uint16_t productId, uint16_t version = 0x0100) {
-    sim::DeviceSpec spec = PanelSpec(productId, 1);
-    spec.versionNumber = version;
-    auto device = bus().Plug(spec);
+    sim::DeviceDescription description = PanelDescription(productId, 1);
+    description.versionNumber = version;
+    auto device = bus().Plug(description);
     PelmDev_Init(nullptr);
     return device;
   }
@@ -67,11 +67,11 @@ class DisplayTest : public LibraryTest {
 
   // Needs PelmDev_Init(kHostInstance): the library hears of the removal.
   void Disconnect(const sim::SimDevice& device) {
-    bus().Unplug(device.Spec().path);
+    bus().Unplug(device.Description().path);
     PelmDevExt_DispatchEvents();
   }
   void Reconnect(const sim::SimDevice& device) {
-    bus().Plug(device.Spec());
+    bus().Plug(device.Description());
     PelmDevExt_DispatchEvents();
   }
 };

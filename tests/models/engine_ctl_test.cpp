@@ -94,7 +94,7 @@ TEST_F(EngineCtlTest, ReportsAreDecodedAndOnlySelectorReportsCalledBack) {
 TEST_F(EngineCtlTest, TheOpenTimeReportSeedsTheGettersWithoutACallback) {
   PelmDev_Init(kHostInstance);
   InputCapture capture(sizeof(EngineCtlInputRecord));
-  auto device = bus().Plug(PanelSpec(kEngineCtlId, 1));
+  auto device = bus().Plug(PanelDescription(kEngineCtlId, 1));
   device->PanelAs<sim::EngineCtlPanel>().SetReportBytes({0x10, 0xFF, 0xFF});
   PelmDevExt_DispatchEvents();
   ASSERT_EQ(PelmEngineCtl_GetNumDevices(), 1u);
@@ -115,7 +115,7 @@ TEST_F(EngineCtlTest, TheOpenTimeReportSeedsTheGettersWithoutACallback) {
             PELM_SUCCESS);
   EXPECT_EQ(c, (Controls{0xA5, 0xA5, 0, 0xA5, 0xA5A5}));
 
-  bus().Unplug(device->Spec().path);
+  bus().Unplug(device->Description().path);
   PelmDevExt_DispatchEvents();
   EXPECT_EQ(PelmEngineCtl_GetControlVals(0, &c.selector, &c.switch1, &c.threePosition, &c.switch2, &c.switches),
             PELM_ERR_NODEVICE);

@@ -78,9 +78,9 @@ TEST_F(KeypadTest, LampsGoOutAsOutputReportsRetriedOnAFreshHandle) {
 }
 
 TEST_F(KeypadTest, TheSerialNumberIsReadAtOpen) {
-  sim::DeviceSpec spec = PanelSpec(KeypadPanel::kProductId, 1);
-  spec.serialNumber = u"KU-0042";
-  bus().Plug(spec);
+  sim::DeviceDescription description = PanelDescription(KeypadPanel::kProductId, 1);
+  description.serialNumber = u"KU-0042";
+  bus().Plug(description);
   PelmDev_Init(nullptr);
   PelmDevInfo2 info{};
   info.structSize = sizeof info;

@@ -105,10 +105,10 @@ TEST_F(MapCtlTest, DialsAreHandedOutOnceAndTheStateOutlivesAnUnplug) {
   EXPECT_EQ(c, (Controls{0x5A5A, 0x5A5A, 0x0004, 0x5A}));
 
   const std::size_t featureReads = device->CountOf(sim::LogOp::GetFeature);
-  bus().Unplug(device->Spec().path);
+  bus().Unplug(device->Description().path);
   PelmDevExt_DispatchEvents();
   EXPECT_EQ(GetControls(0, c), PELM_ERR_NODEVICE);
-  bus().Plug(device->Spec());
+  bus().Plug(device->Description());
   PelmDevExt_DispatchEvents();
   EXPECT_EQ(ReadControls(), (Controls{7, 8, 0x0004, 0}));
   EXPECT_EQ(device->CountOf(sim::LogOp::GetFeature), featureReads);  // no second open-time read

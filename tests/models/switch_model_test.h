@@ -28,7 +28,7 @@ class SwitchModelTest : public LibraryTest {
   // Unplugs a device that the library follows (PelmDev_Init with an instance)
   // and lets the library hear of it.
   void Disconnect(const sim::SimDevice& device) {
-    bus().Unplug(device.Spec().path);
+    bus().Unplug(device.Description().path);
     PelmDevExt_DispatchEvents();
   }
 };

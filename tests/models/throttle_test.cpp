@@ -54,7 +54,7 @@ TEST_F(ThrottleTest, LeversAreCopiedAndContactsReversed) {
   EXPECT_EQ(PelmThrottle_GetControlVals_stdcall(0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr),
             PELM_SUCCESS);
 
-  bus().Unplug(device->Spec().path);
+  bus().Unplug(device->Description().path);
   PelmDevExt_DispatchEvents();
   EXPECT_EQ(PelmThrottle_GetControlVals(0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr),
             PELM_ERR_NODEVICE);

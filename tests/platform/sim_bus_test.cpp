@@ -10,8 +10,8 @@ namespace {
 class SimBusTest : public SimTest {};
 
 TEST_F(SimBusTest, WithLoggingOffSendsAreCountedButTheirBytesAreNotKept) {
-  auto device = bus().Plug(PanelSpec(0x0050, 1));
-  platform::HidHandle handle = platform::OpenDevice(device->Spec().path.c_str(), platform::OpenMode::Synchronous);
+  auto device = bus().Plug(PanelDescription(0x0050, 1));
+  platform::HidHandle handle = platform::OpenDevice(device->Description().path.c_str(), platform::OpenMode::Synchronous);
   ASSERT_TRUE(handle);
   const uint8_t report[] = {7, 0xA5};
 

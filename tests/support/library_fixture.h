@@ -24,7 +24,7 @@ class LibraryTest : public SimTest {
   // Plugs a panel of the model with this product ID (instance numbers make the
   // paths distinct) and returns the simulated device.
   std::shared_ptr<sim::SimDevice> Plug(uint16_t productId, int instance, platform::HidCaps caps = {8, 8, 8}) {
-    return bus().Plug(PanelSpec(productId, instance, caps));
+    return bus().Plug(PanelDescription(productId, instance, caps));
   }
 };
 

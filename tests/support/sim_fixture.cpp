@@ -21,13 +21,13 @@ std::string InterfacePath(uint16_t productId, int instance) {
   return path;
 }
 
-sim::DeviceSpec PanelSpec(uint16_t productId, int instance, platform::HidCaps caps) {
-  sim::DeviceSpec spec;
-  spec.path = InterfacePath(productId, instance);
-  spec.vendorId = PELM_VENDOR_ID;
-  spec.productId = productId;
-  spec.caps = caps;
-  return spec;
+sim::DeviceDescription PanelDescription(uint16_t productId, int instance, platform::HidCaps caps) {
+  sim::DeviceDescription description;
+  description.path = InterfacePath(productId, instance);
+  description.vendorId = PELM_VENDOR_ID;
+  description.productId = productId;
+  description.caps = caps;
+  return description;
 }
 
 std::vector<sim::Report> SentReports(const sim::SimDevice& device, sim::LogOp op) {

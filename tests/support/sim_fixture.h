@@ -21,7 +21,7 @@ bool WaitUntil(const std::function<bool()>& condition,
 // OS reports it.
 std::string InterfacePath(uint16_t productId, int instance);
 
-sim::DeviceSpec PanelSpec(uint16_t productId, int instance, platform::HidCaps caps = {8, 8, 8});
+sim::DeviceDescription PanelDescription(uint16_t productId, int instance, platform::HidCaps caps = {8, 8, 8});
 
 // Resets the simulated bus around every test.
 class SimTest : public ::testing::Test {

@@ -19,7 +19,7 @@ class PelmctlDemo : public pelm::test::SimTest {
   pelm::sim::SimDevice& Device(uint16_t productId, int instance) {
     for (const std::string& path : bus().PresentPaths()) {
       auto device = bus().Find(path);
-      if (device->Spec().productId == productId && path.back() == static_cast<char>('0' + instance)) return *device;
+      if (device->Description().productId == productId && path.back() == static_cast<char>('0' + instance)) return *device;
     }
     throw std::logic_error("no such simulated panel");
   }

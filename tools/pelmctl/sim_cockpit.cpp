@@ -21,7 +21,7 @@ namespace pelmctl {
 namespace {
 
 using pelm::sim::Bus;
-using pelm::sim::DeviceSpec;
+using pelm::sim::DeviceDescription;
 using pelm::sim::LogOp;
 
 // Every model's reports fit in eight bytes, the report ID included.
@@ -56,19 +56,19 @@ constexpr Placement kPlacements[] = {
     {"ioboard", pelm::sim::IoBoardPanel::kProductId, 1},
 };
 
-DeviceSpec Spec(uint16_t productId, int instance) {
+DeviceDescription Describe(uint16_t productId, int instance) {
   char path[128];
   std::snprintf(path, sizeof path, "\\\\?\\hid#vid_%04x&pid_%04x#cockpit&%d", PELM_VENDOR_ID, productId, instance);
   char serial[32];
   std::snprintf(serial, sizeof serial, "SIM%04X-%d", productId, instance);
-  DeviceSpec spec;
-  spec.path = path;
-  spec.vendorId = PELM_VENDOR_ID;
-  spec.productId = productId;
-  spec.versionNumber = kPanelVersion;
-  for (const char* c = serial; *c; ++c) spec.serialNumber += static_cast<char16_t>(*c);
-  spec.caps = kPanelCaps;
-  return spec;
+  DeviceDescription description;
+  description.path = path;
+  description.vendorId = PELM_VENDOR_ID;
+  description.productId = productId;
+  description.versionNumber = kPanelVersion;
+  for (const char* c = serial; *c; ++c) description.serialNumber += static_cast<char16_t>(*c);
+  description.caps = kPanelCaps;
+  return description;
 }
 
 }  // namespace
@@ -79,7 +79,7 @@ void SimCockpit::Plug() {
   panels_.clear();
   for (const Placement& placement : kPlacements) {
     for (int instance = 1; instance <= placement.instances; ++instance) {
-      panels_.push_back({placement.family, placement.productId, instance, bus.Plug(Spec(placement.productId, instance))});
+      panels_.push_back({placement.family, placement.productId, instance, bus.Plug(Describe(placement.productId, instance))});
     }
   }
 }
@@ -98,11 +98,11 @@ void SimCockpit::Inject(uint16_t productId, int instance, const pelm::sim::Repor
 }
 
 void SimCockpit::Unplug(uint16_t productId, int instance) const {
-  Bus::Instance().Unplug(Device(productId, instance).Spec().path);
+  Bus::Instance().Unplug(Device(productId, instance).Description().path);
 }
 
 void SimCockpit::Replug(uint16_t productId, int instance) const {
-  Bus::Instance().Plug(Device(productId, instance).Spec());
+  Bus::Instance().Plug(Device(productId, instance).Description());
 }
 
 std::size_t SimCockpit::ReportsReceived() const {
