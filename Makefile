@@ -56,6 +56,7 @@ platform-checks:
 demo: deps
 	@cmake --preset release >/dev/null
 	@cmake --build --preset release --target pelmctl-sim
+	@./build/release/tools/pelmctl-sim list
 	@./build/release/tools/pelmctl-sim demo
 
 # Benchmarks on the simulated bus, in an optimised build: one table on the
