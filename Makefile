@@ -4,14 +4,15 @@
 PACKAGES := cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev \
             g++-mingw-w64-i686 gcc-multilib g++-multilib qemu-user \
             libcli11-dev \
-            clang libclang-rt-14-dev
+            clang libclang-rt-14-dev \
+            qemu-system-x86 linux-image-amd64 busybox-static cpio libhidapi-dev
 SUDO := $(if $(filter 0,$(shell id -u)),,sudo)
 TEST_PRESETS := debug asan tsan
 
 # Seconds each fuzzer runs in `make test` (four fuzzers).
 FUZZ_SECONDS ?= 25
 
-.PHONY: deps test fuzz platform-checks demo bench clean
+.PHONY: deps test fuzz platform-checks vm-test demo bench clean
 
 deps:
 	@missing=""; \
@@ -33,6 +34,7 @@ test: deps
 	done
 	@$(MAKE) --no-print-directory fuzz
 	@$(MAKE) --no-print-directory platform-checks
+	@$(MAKE) --no-print-directory vm-test
 
 # Every parser and decoder under libFuzzer with ASan and UBSan, each for a
 # bounded time from its seed corpus in fuzz/corpus/.
@@ -52,6 +54,13 @@ platform-checks:
 	@echo "=== 32-bit x86 Linux: calling forms ==="
 	@cmake --preset i386 >/dev/null && cmake --build --preset i386
 	@tests/abi/run_calling_forms_check.sh build/i386/pelm_calling_forms_check
+
+# The Linux backend on the real kernel HID stack: a VM whose panels are uhid
+# devices (about half a minute under software emulation).
+vm-test:
+	@echo "=== Linux backend in a VM with uhid panels ==="
+	@cmake --build --preset debug --target pelm_vm_tests
+	@tests/vm/run build/debug/tests/vm/pelm_vm_tests --gtest_color=no
 
 demo: deps
 	@cmake --preset release >/dev/null

@@ -1,0 +1,217 @@
+#include "tests/vm/uhid_panel.h"
+
+#include <fcntl.h>
+#include <linux/input.h>
+#include <linux/uhid.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <stdexcept>
+
+namespace pelm::vm {
+namespace {
+
+constexpr char kUhidNode[] = "/dev/uhid";
+constexpr uint8_t kVendorUsagePage[] = {0x06, 0x00, 0xFF};  // Usage Page (vendor 0xFF00)
+constexpr uint8_t kUsageOne[] = {0x09, 0x01};
+constexpr uint8_t kApplicationCollection[] = {0xA1, 0x01};
+constexpr uint8_t kByteFields[] = {0x15, 0x00, 0x26, 0xFF, 0x00, 0x75, 0x08};  // 0..255, 8 bits each
+constexpr uint8_t kReportIdItem = 0x85;
+constexpr uint8_t kReportCountItem = 0x95;
+constexpr uint8_t kInputItem = 0x81, kOutputItem = 0x91, kFeatureItem = 0xB1;
+constexpr uint8_t kDataVariableAbsolute = 0x02;
+constexpr uint8_t kEndCollection = 0xC0;
+
+std::vector<uint8_t> PanelReportDescriptor() {
+  std::vector<uint8_t> descriptor;
+  auto add = [&descriptor](std::initializer_list<uint8_t> bytes) { descriptor.insert(descriptor.end(), bytes); };
+  auto addAll = [&descriptor](const auto& bytes) { descriptor.insert(descriptor.end(), std::begin(bytes), std::end(bytes)); };
+  addAll(kVendorUsagePage);
+  addAll(kUsageOne);
+  addAll(kApplicationCollection);
+  addAll(kByteFields);
+  for (uint8_t id = 1; id <= UhidPanel::kHighestReportId; ++id) {
+    add({kReportIdItem, id, kReportCountItem, UhidPanel::kReportPayload});
+    for (uint8_t main : {kInputItem, kOutputItem, kFeatureItem}) {
+      addAll(kUsageOne);
+      add({main, kDataVariableAbsolute});
+    }
+  }
+  add({kEndCollection});
+  return descriptor;
+}
+
+void CopyText(uint8_t* field, std::size_t capacity, const std::string& text) {
+  std::memcpy(field, text.data(), std::min(text.size(), capacity - 1));
+}
+
+}  // namespace
+
+UhidPanel::UhidPanel(PanelIdentity identity, std::unique_ptr<sim::Panel> behaviour)
+    : identity_(std::move(identity)),
+      behaviour_(std::move(behaviour)),
+      uhid_(open(kUhidNode, O_RDWR | O_CLOEXEC)),
+      stop_(eventfd(0, EFD_CLOEXEC)) {
+  if (uhid_ < 0 || stop_ < 0) throw std::runtime_error(std::string("cannot open /dev/uhid: ") + strerror(errno));
+  Create();
+  server_ = std::thread([this] { Serve(); });
+}
+
+UhidPanel::~UhidPanel() {
+  const uint64_t one = 1;
+  (void)!write(stop_, &one, sizeof one);
+  server_.join();
+  close(uhid_);  // closing the uhid descriptor removes the device
+  close(stop_);
+}
+
+bool UhidPanel::Send(const void* event, std::size_t size) {
+  return write(uhid_, event, size) == static_cast<ssize_t>(size);
+}
+
+void UhidPanel::Create() {
+  uhid_event event{};
+  event.type = UHID_CREATE2;
+  uhid_create2_req& create = event.u.create2;
+  CopyText(create.name, sizeof create.name, "PELMDEV test panel");
+  CopyText(create.phys, sizeof create.phys, identity_.phys);
+  CopyText(create.uniq, sizeof create.uniq, identity_.serial);
+  const std::vector<uint8_t> descriptor = PanelReportDescriptor();
+  create.rd_size = static_cast<uint16_t>(descriptor.size());
+  std::memcpy(create.rd_data, descriptor.data(), descriptor.size());
+  create.bus = BUS_USB;
+  create.vendor = identity_.vendorId;
+  create.product = identity_.productId;
+  if (!Send(&event, sizeof event)) throw std::runtime_error(std::string("UHID_CREATE2 failed: ") + strerror(errno));
+}
+
+void UhidPanel::Unplug() {
+  uhid_event event{};
+  event.type = UHID_DESTROY;
+  Send(&event, sizeof event);
+}
+
+void UhidPanel::Replug() { Create(); }
+
+bool UhidPanel::InjectInput(const Report& report) {
+  uhid_event event{};
+  event.type = UHID_INPUT2;
+  event.u.input2.size = static_cast<uint16_t>(report.size());
+  std::memcpy(event.u.input2.data, report.data(), report.size());
+  return Send(&event, sizeof event);
+}
+
+void UhidPanel::FailNextSends(int count) {
+  std::lock_guard hold(mutex_);
+  failSends_ = count;
+}
+
+void UhidPanel::FailFeatureReads(bool fail) {
+  std::lock_guard hold(mutex_);
+  failFeatureReads_ = fail;
+}
+
+std::vector<Transfer> UhidPanel::Received() const {
+  std::lock_guard hold(mutex_);
+  return received_;
+}
+
+void UhidPanel::ClearReceived() {
+  std::lock_guard hold(mutex_);
+  received_.clear();
+}
+
+bool UhidPanel::WaitForReceived(const std::function<bool(const std::vector<Transfer>&)>& predicate,
+                                std::chrono::milliseconds timeout) const {
+  std::unique_lock hold(mutex_);
+  return changed_.wait_for(hold, timeout, [&] { return predicate(received_); });
+}
+
+int UhidPanel::OpenCount() const {
+  std::lock_guard hold(mutex_);
+  return openCount_;
+}
+
+bool UhidPanel::IsOpen() const {
+  std::lock_guard hold(mutex_);
+  return open_;
+}
+
+void UhidPanel::Record(TransferKind kind, const uint8_t* data, std::size_t size, bool accepted) {
+  std::lock_guard hold(mutex_);
+  received_.push_back({kind, Report(data, data + size), accepted});
+  changed_.notify_all();
+}
+
+void UhidPanel::AnswerGetReport(uint32_t requestId, uint8_t reportId) {
+  uhid_event reply{};
+  reply.type = UHID_GET_REPORT_REPLY;
+  reply.u.get_report_reply.id = requestId;
+  bool fail;
+  {
+    std::lock_guard hold(mutex_);
+    fail = failFeatureReads_;
+  }
+  uint8_t report[1 + kReportPayload] = {reportId};
+  if (fail || !behaviour_->AnswerFeature(report, sizeof report)) {
+    reply.u.get_report_reply.err = EIO;
+  } else {
+    reply.u.get_report_reply.size = sizeof report;
+    std::memcpy(reply.u.get_report_reply.data, report, sizeof report);
+  }
+  Send(&reply, sizeof reply);
+}
+
+void UhidPanel::AnswerSetReport(uint32_t requestId, const uint8_t* data, uint16_t size) {
+  bool refuse;
+  {
+    std::lock_guard hold(mutex_);
+    refuse = failSends_ > 0;
+    if (refuse) --failSends_;
+  }
+  if (!refuse) behaviour_->ReceiveFeature(data, size);
+  Record(TransferKind::Feature, data, size, !refuse);
+  uhid_event reply{};
+  reply.type = UHID_SET_REPORT_REPLY;
+  reply.u.set_report_reply.id = requestId;
+  reply.u.set_report_reply.err = refuse ? EIO : 0;
+  Send(&reply, sizeof reply);
+}
+
+void UhidPanel::Serve() {
+  pollfd waits[] = {{uhid_, POLLIN, 0}, {stop_, POLLIN, 0}};
+  for (;;) {
+    if (poll(waits, 2, -1) < 0 && errno != EINTR) return;
+    if (waits[1].revents != 0) return;
+    if ((waits[0].revents & POLLIN) == 0) continue;
+    uhid_event event{};
+    if (read(uhid_, &event, sizeof event) <= 0) continue;
+    switch (event.type) {
+      case UHID_OPEN:
+      case UHID_CLOSE: {
+        std::lock_guard hold(mutex_);
+        open_ = event.type == UHID_OPEN;
+        if (open_) ++openCount_;
+        break;
+      }
+      case UHID_GET_REPORT:
+        AnswerGetReport(event.u.get_report.id, event.u.get_report.rnum);
+        break;
+      case UHID_SET_REPORT:
+        AnswerSetReport(event.u.set_report.id, event.u.set_report.data, event.u.set_report.size);
+        break;
+      case UHID_OUTPUT:
+        behaviour_->ReceiveOutput(event.u.output.data, event.u.output.size);
+        Record(TransferKind::Output, event.u.output.data, event.u.output.size, true);
+        break;
+      default:
+        break;
+    }
+  }
+}
+
+}  // namespace pelm::vm

@@ -1,0 +1,104 @@
+#pragma once
+// A panel made real to the kernel: a uhid device with the panel's vendor and
+// product ID, physical path, serial number and report descriptor, served by a
+// thread that answers the kernel's feature requests from a simulated panel's
+// behaviour and records every report the host side set or wrote.
+//
+// Inside the test VM the kernel gives each one a hidraw node, exactly as it
+// would a USB panel; the library under test sees nothing else.
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <condition_variable>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/sim/panel.h"
+
+namespace pelm::vm {
+
+using Report = std::vector<uint8_t>;
+
+struct PanelIdentity {
+  uint16_t vendorId = 0;
+  uint16_t productId = 0;
+  std::string phys;    // the physical path: the same phys on replug is the same port
+  std::string serial;  // HID_UNIQ; empty for none
+};
+
+enum class TransferKind { Feature, Output };
+
+struct Transfer {
+  TransferKind kind;
+  Report bytes;    // byte 0 is the report ID
+  bool accepted;   // false when the device was told to refuse it
+  bool operator==(const Transfer&) const = default;
+};
+
+class UhidPanel {
+ public:
+  // Every report ID from 1 to this one is declared as input, output and
+  // feature report of kReportPayload bytes after the ID: the library then
+  // reads report lengths of 8, as a USB panel gives them.
+  static constexpr uint8_t kHighestReportId = 16;
+  static constexpr uint8_t kReportPayload = 7;
+
+  // Creates the device (the hidraw node follows asynchronously).
+  UhidPanel(PanelIdentity identity, std::unique_ptr<sim::Panel> behaviour);
+  ~UhidPanel();
+  UhidPanel(const UhidPanel&) = delete;
+  UhidPanel& operator=(const UhidPanel&) = delete;
+
+  // Removes the kernel device / creates it again on the same physical path.
+  void Unplug();
+  void Replug();
+
+  // Sends an input report (byte 0 is the report ID); false if the kernel refused it.
+  bool InjectInput(const Report& report);
+
+  // The next `count` feature sets are answered with an I/O error.
+  void FailNextSends(int count);
+  void FailFeatureReads(bool fail);
+
+  std::vector<Transfer> Received() const;
+  void ClearReceived();
+  // Waits (bounded) until `predicate` holds for what was received.
+  bool WaitForReceived(const std::function<bool(const std::vector<Transfer>&)>& predicate,
+                       std::chrono::milliseconds timeout = std::chrono::seconds(10)) const;
+  // Times the kernel told the device it was opened (its first hidraw open),
+  // and whether it is open now.
+  int OpenCount() const;
+  bool IsOpen() const;
+
+  template <class PanelType>
+  PanelType& BehaviourAs() { return static_cast<PanelType&>(*behaviour_); }
+  const PanelIdentity& Identity() const { return identity_; }
+
+ private:
+  void Create();
+  void Serve();
+  void AnswerGetReport(uint32_t requestId, uint8_t reportId);
+  void AnswerSetReport(uint32_t requestId, const uint8_t* data, uint16_t size);
+  void Record(TransferKind kind, const uint8_t* data, std::size_t size, bool accepted);
+  bool Send(const void* event, std::size_t size);
+
+  const PanelIdentity identity_;
+  const std::unique_ptr<sim::Panel> behaviour_;
+  const int uhid_;
+  const int stop_;  // eventfd that ends the serving thread
+
+  mutable std::mutex mutex_;
+  mutable std::condition_variable changed_;
+  std::vector<Transfer> received_;
+  int failSends_ = 0;
+  bool failFeatureReads_ = false;
+  int openCount_ = 0;
+  bool open_ = false;
+  std::thread server_;
+};
+
+}  // namespace pelm::vm
