@@ -68,14 +68,22 @@ demo: deps
 	@./build/release/tools/pelmctl-sim list
 	@./build/release/tools/pelmctl-sim demo
 
-# Benchmarks on the simulated bus, in an optimised build: one table on the
-# terminal, the same as JSON beside the program. About 30 seconds.
+# Benchmarks in an optimised build, about a minute: first on the simulated bus
+# (a table, and the same as JSON beside the program), then input latency on the
+# real kernel inside the test VM against a bare read loop and hidapi (a table,
+# and its JSON beside the first).
 BENCH_RESULTS := build/release/bench/results.json
+VM_BENCH_RESULTS := build/release/bench/vm_results.json
 
 bench: deps
 	@cmake --preset release >/dev/null
-	@cmake --build --preset release --target pelm_bench
+	@cmake --build --preset release --target pelm_bench pelm_vm_latency
 	@./build/release/bench/pelm_bench $(BENCH_RESULTS)
+	@tests/vm/run build/release/bench/pelm_vm_latency > build/release/bench/vm_run.log; \
+	  status=$$?; \
+	  sed -n '/^Input latency inside the VM/,/^PELM-VM-BENCH/p' build/release/bench/vm_run.log | grep -v '^PELM-VM-BENCH'; \
+	  sed -n 's/^PELM-VM-BENCH //p' build/release/bench/vm_run.log > $(VM_BENCH_RESULTS); \
+	  [ $$status -eq 0 ] || { tail -n 20 build/release/bench/vm_run.log; exit $$status; }
 
 clean:
 	rm -rf build

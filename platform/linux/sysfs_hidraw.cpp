@@ -110,7 +110,8 @@ std::optional<HidrawNode> DescribeNode(const std::string& sysfsRoot, const std::
 
   HidrawNode described;
   described.node = node;
-  described.devpath = "/" + nodeDir.lexically_relative(fs::canonical(root, error)).string();
+  // The uevent DEVPATH: the node's directory below the sysfs root, with a leading slash.
+  described.devpath = (fs::path("/") / nodeDir.lexically_relative(fs::canonical(root, error))).string();
   const auto fields = ParseHidId(values.at("HID_ID"));
   described.vendorId = static_cast<uint16_t>((*fields)[1]);
   described.productId = static_cast<uint16_t>((*fields)[2]);

@@ -28,8 +28,12 @@ constexpr uint8_t kEndCollection = 0xC0;
 
 std::vector<uint8_t> PanelReportDescriptor() {
   std::vector<uint8_t> descriptor;
-  auto add = [&descriptor](std::initializer_list<uint8_t> bytes) { descriptor.insert(descriptor.end(), bytes); };
-  auto addAll = [&descriptor](const auto& bytes) { descriptor.insert(descriptor.end(), std::begin(bytes), std::end(bytes)); };
+  auto add = [&descriptor](std::initializer_list<uint8_t> bytes) {
+    for (uint8_t byte : bytes) descriptor.push_back(byte);
+  };
+  auto addAll = [&descriptor](const auto& bytes) {
+    for (uint8_t byte : bytes) descriptor.push_back(byte);
+  };
   addAll(kVendorUsagePage);
   addAll(kUsageOne);
   addAll(kApplicationCollection);

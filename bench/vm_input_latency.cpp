@@ -1,0 +1,210 @@
+// Input latency on the real kernel, inside the test VM: from an input report
+// written to uhid to its delivery, for three readers of the same panel in one
+// run — a bare read() loop on the hidraw node (the floor), hidapi's
+// hid_read_timeout (what a developer would otherwise use), and this library's
+// input callback. Under software emulation absolute times say little; the
+// ratios to the floor are the figures.
+//
+// The readers take turns, one at a time, in rounds, so each has the emulated
+// CPUs to itself and all see the same drift. Prints a table and one line of
+// JSON prefixed "PELM-VM-BENCH " for the host to collect.
+
+#include <fcntl.h>
+#include <hidapi/hidapi.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "core/pelm_dev.h"
+#include "tests/vm/vm_cockpit.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr uint16_t kRadioProductId = 0x0050;
+constexpr int kPort = 1;
+constexpr int kRounds = 5;
+constexpr int kReportsPerTurn = 200;
+constexpr int kWarmUpReports = 20;
+constexpr std::size_t kReadBufferLength = 64;
+constexpr int kHidapiReadTimeoutMs = 100;
+constexpr auto kArrivalDeadline = std::chrono::seconds(2);
+constexpr uint8_t kInputReportId = 1;
+
+int64_t NowNs() {
+  return std::chrono::duration_cast<std::chrono::nanoseconds>(Clock::now().time_since_epoch()).count();
+}
+
+// When a report last reached one reader, and how many have.
+class Arrivals {
+ public:
+  void Note() {
+    const int64_t now = NowNs();
+    {
+      std::lock_guard hold(mutex_);
+      lastNs_ = now;
+      ++count_;
+    }
+    arrived_.notify_all();
+  }
+  uint64_t Count() {
+    std::lock_guard hold(mutex_);
+    return count_;
+  }
+  // The arrival time of the next report after the first `seen`; none if it never came.
+  std::optional<int64_t> WaitBeyond(uint64_t seen) {
+    std::unique_lock hold(mutex_);
+    if (!arrived_.wait_for(hold, kArrivalDeadline, [&] { return count_ > seen; })) return std::nullopt;
+    return lastNs_;
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable arrived_;
+  int64_t lastNs_ = 0;
+  uint64_t count_ = 0;
+};
+
+Arrivals libraryArrivals;
+void OnInput(int32_t, int32_t, void*) { libraryArrivals.Note(); }
+
+std::string HidrawNode() {
+  for (const auto& entry : std::filesystem::directory_iterator("/sys/class/hidraw")) {
+    return "/dev/" + entry.path().filename().string();
+  }
+  return {};
+}
+
+double Percentile(std::vector<double> samples, double fraction) {
+  if (samples.empty()) return 0;
+  std::sort(samples.begin(), samples.end());
+  return samples[static_cast<std::size_t>(fraction * static_cast<double>(samples.size() - 1))];
+}
+
+}  // namespace
+
+int main() {
+  auto panel = pelm::vm::MakePanel(kRadioProductId, kPort);
+  if (!pelm::vm::WaitUntil([] { return pelm::vm::HidrawNodeCount() == 1; })) {
+    std::fprintf(stderr, "the panel's hidraw node never appeared\n");
+    return 1;
+  }
+  const std::string node = HidrawNode();
+  hid_init();
+
+  std::thread readerThread;
+  std::atomic<bool> stopReading{false};
+  int bareFd = -1;
+  hid_device* hidapiDevice = nullptr;
+
+  Arrivals bareArrivals, hidapiArrivals;
+  struct Turn {
+    const char* name;
+    Arrivals& arrivals;
+    std::function<bool()> start;
+    std::function<void()> stop;
+  };
+  std::vector<Turn> turns = {
+      {"bare read() loop", bareArrivals,
+       [&] {
+         bareFd = open(node.c_str(), O_RDONLY | O_CLOEXEC);
+         if (bareFd < 0) return false;
+         stopReading = false;
+         readerThread = std::thread([&] {
+           uint8_t buffer[kReadBufferLength];
+           while (read(bareFd, buffer, sizeof buffer) > 0 && !stopReading) bareArrivals.Note();
+         });
+         return true;
+       },
+       [&] {
+         stopReading = true;
+         panel->InjectInput({kInputReportId, 0, 0, 0, 0, 0, 0, 0});  // ends the blocked read
+         readerThread.join();
+         close(bareFd);
+       }},
+      {"hidapi hid_read_timeout", hidapiArrivals,
+       [&] {
+         hidapiDevice = hid_open_path(node.c_str());
+         if (hidapiDevice == nullptr) return false;
+         stopReading = false;
+         readerThread = std::thread([&] {
+           unsigned char buffer[kReadBufferLength];
+           while (!stopReading) {
+             if (hid_read_timeout(hidapiDevice, buffer, sizeof buffer, kHidapiReadTimeoutMs) > 0) hidapiArrivals.Note();
+           }
+         });
+         return true;
+       },
+       [&] {
+         stopReading = true;
+         readerThread.join();
+         hid_close(hidapiDevice);
+       }},
+      {"library input callback", libraryArrivals,
+       [&] {
+         PelmDev_Init(nullptr);
+         return PelmRadio_GetNumDevices() == 1 && PelmDev_RegisterInputCallback(OnInput) == 1;
+       },
+       [] { PelmDev_Terminate(); }},
+  };
+
+  std::vector<std::vector<double>> samplesUs(turns.size());
+  std::size_t lost = 0;
+  uint8_t dial = 0;
+  for (int round = 0; round < kRounds; ++round) {
+    for (std::size_t t = 0; t < turns.size(); ++t) {
+      Turn& turn = turns[t];
+      if (!turn.start()) {
+        std::fprintf(stderr, "%s could not open %s\n", turn.name, node.c_str());
+        return 1;
+      }
+      for (int i = 0; i < kWarmUpReports + kReportsPerTurn; ++i) {
+        // Dial counts change from report to report, as a turning knob's would.
+        dial = static_cast<uint8_t>(dial % 7 + 1);
+        const uint64_t before = turn.arrivals.Count();
+        const int64_t sentNs = NowNs();
+        panel->InjectInput({kInputReportId, dial, dial, 0, 0, 0, 0, 0});
+        const std::optional<int64_t> arrivedNs = turn.arrivals.WaitBeyond(before);
+        if (!arrivedNs) {
+          ++lost;
+          continue;
+        }
+        if (i >= kWarmUpReports) samplesUs[t].push_back(static_cast<double>(*arrivedNs - sentNs) / 1000.0);
+      }
+      turn.stop();
+    }
+  }
+  hid_exit();
+
+  const double floorP50 = Percentile(samplesUs[0], 0.5), floorP99 = Percentile(samplesUs[0], 0.99);
+  std::printf("\nInput latency inside the VM (software-emulated CPU), %d reports per reader\n",
+              kRounds * kReportsPerTurn);
+  std::printf("%-26s %10s %10s %10s %10s\n", "reader", "p50 us", "p99 us", "p50 ratio", "p99 ratio");
+  std::string json = "{\"reports_per_reader\": " + std::to_string(kRounds * kReportsPerTurn) +
+                     ", \"lost\": " + std::to_string(lost) + ", \"readers\": [";
+  for (std::size_t t = 0; t < turns.size(); ++t) {
+    const double p50 = Percentile(samplesUs[t], 0.5), p99 = Percentile(samplesUs[t], 0.99);
+    std::printf("%-26s %10.1f %10.1f %10.2f %10.2f\n", turns[t].name, p50, p99, p50 / floorP50, p99 / floorP99);
+    char entry[256];
+    std::snprintf(entry, sizeof entry,
+                  "%s{\"reader\": \"%s\", \"p50_us\": %.1f, \"p99_us\": %.1f, \"p50_ratio\": %.3f, \"p99_ratio\": %.3f}",
+                  t == 0 ? "" : ", ", turns[t].name, p50, p99, p50 / floorP50, p99 / floorP99);
+    json += entry;
+  }
+  json += "]}";
+  if (lost != 0) std::printf("%zu reports never arrived\n", lost);
+  std::printf("PELM-VM-BENCH %s\n", json.c_str());
+  return lost == 0 ? 0 : 1;
+}
