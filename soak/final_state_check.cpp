@@ -96,6 +96,33 @@ std::vector<PanelUnderCheck> Locate(const std::vector<sim::DeviceDescription>& p
   return located;
 }
 
+// Waits (bounded) until `settled` holds for every panel, re-testing it each
+// time a panel's device logs a transfer; the panels for which it never held.
+std::vector<const PanelUnderCheck*> WaitUntil(const std::vector<PanelUnderCheck>& panels,
+                                              const std::function<bool(const PanelUnderCheck&)>& settled) {
+  std::vector<const PanelUnderCheck*> unsettled;
+  const auto deadline = Clock::now() + kDrainDeadline;
+  for (const PanelUnderCheck& panel : panels) {
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
+    if (!panel.device->WaitForLog([&](const std::vector<sim::LogEntry>&) { return settled(panel); },
+                                  std::max(left, std::chrono::milliseconds(0)))) {
+      unsettled.push_back(&panel);
+    }
+  }
+  return unsettled;
+}
+
+// The host threads may have left full queues behind; the rounds' reports would
+// be refused on top of them.
+void DrainHostReports(const std::vector<PanelUnderCheck>& panels, FinalStateOutcome& outcome) {
+  for (const PanelUnderCheck* panel :
+       WaitUntil(panels, [](const PanelUnderCheck& panel) { return panel.object->PendingReports() == 0; })) {
+    outcome.failures.push_back(Describe(*panel) + ": " + std::to_string(panel->object->PendingReports()) +
+                               " reports the host threads queued still wait " +
+                               std::to_string(kDrainDeadline.count()) + " s after they stopped");
+  }
+}
+
 bool Shows(const PanelUnderCheck& panel, int round) {
   for (const FinalReport& report : panel.reports) {
     if (report.shown(*panel.device) != report.expected(round)) return false;
@@ -116,13 +143,9 @@ void RunRound(const std::vector<PanelUnderCheck>& panels, int round, FinalStateO
       }
     }
   }
-  const auto deadline = Clock::now() + kDrainDeadline;
-  for (const PanelUnderCheck& panel : panels) {
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
-    panel.device->WaitForLog(
-        [&](const std::vector<sim::LogEntry>&) { return panel.object->PendingReports() == 0 && Shows(panel, round); },
-        std::max(left, std::chrono::milliseconds(0)));
-  }
+  WaitUntil(panels, [round](const PanelUnderCheck& panel) {
+    return panel.object->PendingReports() == 0 && Shows(panel, round);
+  });
   for (const PanelUnderCheck& panel : panels) {
     if (const uint32_t pending = panel.object->PendingReports(); pending != 0) {
       outcome.failures.push_back(Describe(panel) + ": " + std::to_string(pending) + " reports still queued " +
@@ -155,6 +178,7 @@ FinalStateOutcome CheckFinalState(const std::vector<sim::DeviceDescription>& pan
     if (slotTableFull) outcome.failures.push_back("a model's slot table is still full after a restart");
   }
   outcome.panels = static_cast<int>(located.size());
+  DrainHostReports(located, outcome);
   for (int round = 0; round < kFinalRounds; ++round) RunRound(located, round, outcome);
   return outcome;
 }
