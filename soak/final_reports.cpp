@@ -108,14 +108,18 @@ Shown LampPanelBrightness() {
 FinalReport Brightness(uint8_t reportId, ValueSetter setter, Shown shown) {
   return {"brightness", reportId,
           [setter](int32_t index, int round) { return setter(index, kBrightnessLevels[round]); },
-          [reportId](int round) { return Report{reportId, static_cast<uint8_t>(kBrightnessLevels[round] & kBrightnessBits)}; },
+          [reportId](int round) {
+            return Report{reportId, static_cast<uint8_t>(kBrightnessLevels[round] & kBrightnessBits)};
+          },
           std::move(shown)};
 }
 
 FinalReport IndicatorByte(uint8_t reportId, ValueSetter setter, Shown shown, uint8_t alwaysLit = 0) {
   return {"indicators", reportId,
           [setter](int32_t index, int round) { return setter(index, kIndicatorBytes[round]); },
-          [reportId, alwaysLit](int round) { return Report{reportId, static_cast<uint8_t>(kIndicatorBytes[round] | alwaysLit)}; },
+          [reportId, alwaysLit](int round) {
+            return Report{reportId, static_cast<uint8_t>(kIndicatorBytes[round] | alwaysLit)};
+          },
           std::move(shown)};
 }
 
@@ -188,7 +192,9 @@ std::vector<FinalReport> AlphaPanelReports(std::size_t numericPositions,
                     LastFeatureOf(Panel::kAlphaReport)};
   FinalReport numeric{"numeric display", Panel::kNumericReport,
                       [setNumeric, setNumericSegments, numericSegments, numericPositions](int32_t index, int round) {
-                        if (round == kTextRound) return setNumeric(index, std::string(kNumericDigits, numericPositions).c_str());
+                        if (round == kTextRound) {
+                          return setNumeric(index, std::string(kNumericDigits, numericPositions).c_str());
+                        }
                         return setNumericSegments(index, numericSegments(round).data());
                       },
                       [numericSegments](int round) {
@@ -258,7 +264,9 @@ std::vector<FinalReport> Autopilot2Reports() {
       Brightness(Panel::kBrightnessReport, &PelmAutopilot2_SetBrightness, LastFeatureOf(Panel::kBrightnessReport)));
   // The indicator word goes out most significant byte first.
   reports.push_back({"indicators", Panel::kIndicatorReport,
-                     [](int32_t index, int round) { return PelmAutopilot2_SetIndicators(index, kIndicatorWords[round]); },
+                     [](int32_t index, int round) {
+                       return PelmAutopilot2_SetIndicators(index, kIndicatorWords[round]);
+                     },
                      [](int round) {
                        const uint32_t word = kIndicatorWords[round];
                        return Report{Panel::kIndicatorReport, static_cast<uint8_t>(word >> 24),
