@@ -52,7 +52,7 @@ std::string QueueLimitCheck::Summary() const {
   for (const KindRecord* kind : {&functionBased_, &classBased_}) {
     if (!summary.empty()) summary += "; ";
     summary += std::string(kind->name) + " highest " + std::to_string(kind->highest) + " pending (limit " +
-               std::to_string(kind->limit) + ", " + std::to_string(kind->queuesAtLimit) + " queues reached it)";
+               std::to_string(kind->limit) + ", queues that reached it: " + std::to_string(kind->queuesAtLimit) + ")";
   }
   return summary;
 }

@@ -354,6 +354,10 @@ int main(int argc, char** argv) {
               finalState.restarts > 0 ? " (after a restart that freed full slot tables)" : "",
               finalState.failures.size());
   bool ok = ReportFailures("queue limit", queueLimits.Failures());
+  if (!queueLimits.AnyQueueReachedItsLimit()) {
+    std::printf("FAIL: queue limit: no output queue ever filled up, so the limit went untested; run longer\n");
+    ok = false;
+  }
   ok = ReportFailures("final state", finalState.failures) && ok;
   if (finalState.panels == 0) {
     std::printf("FAIL: final state: no panel with displays or lamps was found to check\n");
