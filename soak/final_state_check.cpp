@@ -97,7 +97,8 @@ std::vector<PanelUnderCheck> Locate(const std::vector<sim::DeviceDescription>& p
 }
 
 // Waits (bounded) until `settled` holds for every panel, re-testing it each
-// time a panel's device logs a transfer; the panels for which it never held.
+// time a panel's device logs a transfer (the soak leaves logging on); the
+// panels for which it never held.
 std::vector<const PanelUnderCheck*> WaitUntil(const std::vector<PanelUnderCheck>& panels,
                                               const std::function<bool(const PanelUnderCheck&)>& settled) {
   std::vector<const PanelUnderCheck*> unsettled;
