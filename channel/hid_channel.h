@@ -77,6 +77,8 @@ class cHidChannel {
   // limit, or no memory for the entry); the report is then released.
   bool QueueReport(ReportBytes report, uint32_t length, ReportKind kind);
   uint32_t PendingReports() { return outputQueue_.Count(); }
+  // The most reports that were ever pending at once on this object.
+  uint32_t PendingReportsHighWater() const { return outputQueue_.HighWater(); }
 
   bool Identified() const;
   platform::HidCaps Caps() const;

@@ -9,6 +9,7 @@ cReportQueue::~cReportQueue() { Destroy(); }
 void cReportQueue::Create() {
   head_ = nullptr;
   tail_ = nullptr;
+  highWater_ = 0;
   lock_.reset(new (std::nothrow) std::recursive_mutex);
 }
 
@@ -33,6 +34,11 @@ uint32_t cReportQueue::CountLocked() const {
   return count;
 }
 
+// Only ever raised under the lock, so no update is lost between two appends.
+void cReportQueue::NoteCountLocked(uint32_t count) {
+  if (count > highWater_.load()) highWater_ = count;
+}
+
 uint32_t cReportQueue::PushBack(QueueEntry* entry) {
   if (!lock_) return 0;
   std::lock_guard hold(*lock_);
@@ -45,6 +51,7 @@ uint32_t cReportQueue::PushBack(QueueEntry* entry) {
     tail_->next = node;
   }
   tail_ = node;
+  NoteCountLocked(before + 1);
   return before + 1;
 }
 
@@ -59,6 +66,9 @@ uint32_t cReportQueue::PushFront(QueueEntry* entry) {
     head_->prev = node;
   }
   head_ = node;
+  // A report put back after a failed send counts too: it sits on top of what
+  // the host queued meanwhile.
+  NoteCountLocked(CountLocked());
   return 1;
 }
 

@@ -5,6 +5,7 @@
 // back at the head a report whose send failed. The queue never looks inside an
 // entry and never releases one: entries belong to the channel.
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -34,6 +35,9 @@ class cReportQueue {
   QueueEntry* PopFront();
   uint32_t Count();
   bool IsEmpty();
+  // The most entries the queue has held at once since Create. Readable from any
+  // thread without the lock, so a watcher can check the queue limit held.
+  uint32_t HighWater() const { return highWater_.load(); }
 
  private:
   struct Node {
@@ -43,11 +47,13 @@ class cReportQueue {
   };
 
   uint32_t CountLocked() const;
+  void NoteCountLocked(uint32_t count);
 
   Node* head_ = nullptr;
   Node* tail_ = nullptr;
   // Recursive: PushBack counts the list under its own hold.
   std::unique_ptr<std::recursive_mutex> lock_;
+  std::atomic<uint32_t> highWater_{0};
 };
 
 }  // namespace pelm

@@ -3,8 +3,10 @@
 // bad arguments, devices sending input at random, panels unplugged and
 // replugged at the same or a new path, slow devices and failing sends, and the
 // library shut down and started again now and then. At the end: no thread of
-// the library left, and every slot's connect events alternate (a removal only
-// after an arrival, an arrival only after a removal).
+// the library left, every slot's connect events alternate (a removal only
+// after an arrival, an arrival only after a removal), no output queue ever
+// held more than its limit allows, and in a quiet phase every panel shows
+// exactly the display and lamp reports set last.
 
 #include <algorithm>
 #include <atomic>
@@ -31,6 +33,9 @@
 #include "core/pelm_dev_ext.h"
 #include "models/model_families.h"
 #include "platform/sim/sim_bus.h"
+#include "soak/final_reports.h"
+#include "soak/final_state_check.h"
+#include "soak/queue_limit_check.h"
 
 namespace {
 
@@ -62,6 +67,7 @@ std::atomic<uint64_t> inputs{0};
 std::atomic<uint64_t> plugEvents{0};
 std::atomic<uint64_t> restarts{0};
 std::atomic<uint64_t> inputCallbacks{0};
+std::atomic<uint64_t> queueRefusals{0};
 
 // Arguments of one random call: output pointers to scratch memory or null,
 // input pointers to random text, numbers at random.
@@ -170,6 +176,13 @@ void StartLibrary() {
   PelmDev_RegisterInputCallback(&OnInput);
 }
 
+// Terminate destroys the device objects: their queues' marks are read first.
+void RestartLibrary(pelm::soak::QueueLimitCheck& queueLimits) {
+  queueLimits.Sample();
+  PelmDev_Terminate();
+  StartLibrary();
+}
+
 void HostThread(unsigned seed) {
   std::mt19937 random(seed);
   while (running) {
@@ -179,7 +192,7 @@ void HostThread(unsigned seed) {
     RandomArguments arguments(random);
     while (restartWaiting) std::this_thread::yield();
     std::shared_lock hold(libraryGate);
-    entry.call(index, arguments);
+    if (entry.call(index, arguments) == PELM_ERR_QUEUE) queueRefusals++;
     calls++;
   }
 }
@@ -239,6 +252,18 @@ void DeviceThread(std::vector<PluggedPanel>& panels, unsigned seed) {
   }
 }
 
+// Lists a check's failures, the first few in full.
+bool ReportFailures(const char* check, const std::vector<std::string>& failures) {
+  constexpr std::size_t kFailuresShown = 20;
+  for (std::size_t i = 0; i < failures.size() && i < kFailuresShown; ++i) {
+    std::printf("FAIL: %s: %s\n", check, failures[i].c_str());
+  }
+  if (failures.size() > kFailuresShown) {
+    std::printf("FAIL: %s: %zu more failures\n", check, failures.size() - kFailuresShown);
+  }
+  return failures.empty();
+}
+
 int SecondsFromArguments(int argc, char** argv) {
   for (int i = 1; i + 1 < argc; ++i) {
     if (std::strcmp(argv[i], "--seconds") == 0) return std::atoi(argv[i + 1]);
@@ -271,6 +296,7 @@ int main(int argc, char** argv) {
     }
   }
   StartLibrary();
+  pelm::soak::QueueLimitCheck queueLimits(kHostThreads);
 
   std::vector<std::thread> threads;
   for (int i = 0; i < kHostThreads; ++i) threads.emplace_back(HostThread, 1000u + i);
@@ -289,8 +315,7 @@ int main(int argc, char** argv) {
       restartWaiting = true;
       std::unique_lock hold(libraryGate);
       restartWaiting = false;
-      PelmDev_Terminate();
-      StartLibrary();
+      RestartLibrary(queueLimits);
       restarts++;
       nextRestart += kRestartInterval;
     }
@@ -306,6 +331,12 @@ int main(int argc, char** argv) {
   }
   running = false;
   for (std::thread& thread : threads) thread.join();
+
+  std::vector<pelm::sim::DeviceDescription> lastPlugged;
+  for (const PluggedPanel& panel : panels) lastPlugged.push_back(panel.description);
+  const pelm::soak::FinalStateOutcome finalState =
+      pelm::soak::CheckFinalState(lastPlugged, [&queueLimits] { RestartLibrary(queueLimits); });
+  queueLimits.Sample();
   PelmDev_Terminate();
 
   const auto deadline = Clock::now() + kThreadsGoneDeadline;
@@ -316,7 +347,22 @@ int main(int argc, char** argv) {
               seconds, static_cast<unsigned long long>(calls.load()), static_cast<unsigned long long>(inputs.load()),
               static_cast<unsigned long long>(inputCallbacks.load()),
               static_cast<unsigned long long>(plugEvents.load()), static_cast<unsigned long long>(restarts.load()));
-  bool ok = true;
+  std::printf("queue limits: %s; %llu setter calls refused with PELM_ERR_QUEUE\n", queueLimits.Summary().c_str(),
+              static_cast<unsigned long long>(queueRefusals.load()));
+  std::printf("final state: %d panels with displays or lamps, %d reports compared over %d rounds%s, %zu failures\n",
+              finalState.panels, finalState.reports, pelm::soak::kFinalRounds,
+              finalState.restarts > 0 ? " (after a restart that freed full slot tables)" : "",
+              finalState.failures.size());
+  bool ok = ReportFailures("queue limit", queueLimits.Failures());
+  if (!queueLimits.AnyQueueReachedItsLimit()) {
+    std::printf("FAIL: queue limit: no output queue ever filled up, so the limit went untested; run longer\n");
+    ok = false;
+  }
+  ok = ReportFailures("final state", finalState.failures) && ok;
+  if (finalState.panels == 0) {
+    std::printf("FAIL: final state: no panel with displays or lamps was found to check\n");
+    ok = false;
+  }
   if (threadsAfter != threadsBefore) {
     std::printf("FAIL: %d threads before, %d after Terminate\n", threadsBefore, threadsAfter);
     ok = false;

@@ -74,5 +74,23 @@ TEST_F(ReportQueueTest, AQueueWithoutItsLockActsEmptyAndRefuses) {
   EXPECT_EQ(queue.Count(), 0u);
 }
 
+TEST_F(ReportQueueTest, HighWaterKeepsTheMostEntriesEverHeldUntilTheQueueIsCreatedAgain) {
+  EXPECT_EQ(queue.HighWater(), 0u);
+  queue.PushBack(&a);
+  queue.PushBack(&b);
+  QueueEntry* head = queue.PopFront();
+  queue.PushBack(&c);
+  EXPECT_EQ(queue.HighWater(), 2u);
+  // A report put back at the head while the host queued another raises the mark.
+  queue.PushBack(&d);
+  queue.PushFront(head);
+  EXPECT_EQ(queue.HighWater(), 4u);
+  Drain();
+  EXPECT_EQ(queue.HighWater(), 4u);
+  queue.Destroy();
+  queue.Create();
+  EXPECT_EQ(queue.HighWater(), 0u);
+}
+
 }  // namespace
 }  // namespace pelm

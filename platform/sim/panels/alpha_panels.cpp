@@ -3,12 +3,6 @@
 #include <algorithm>
 
 namespace pelm::sim {
-namespace {
-
-constexpr std::size_t kAlphaNumericPositions = 5;
-constexpr std::size_t kAlpha2NumericPositions = 6;
-
-}  // namespace
 
 std::unique_ptr<AlphaPanelSim> AlphaPanelSim::ForProduct(uint16_t productId) {
   return std::make_unique<AlphaPanelSim>(productId == kAlpha2ProductId ? kAlpha2NumericPositions

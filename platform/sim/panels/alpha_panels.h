@@ -18,6 +18,8 @@ class AlphaPanelSim : public DisplayPanelSim {
   static constexpr uint8_t kAlphaReport = 3;
   static constexpr std::size_t kAlphaPositions = 4;
   static constexpr uint8_t kNumericReport = 5;
+  static constexpr std::size_t kAlphaNumericPositions = 5;
+  static constexpr std::size_t kAlpha2NumericPositions = 6;
   static constexpr uint8_t kBrightnessReport = 6;
 
   explicit AlphaPanelSim(std::size_t numericPositions) : numericPositions_(numericPositions) {}

@@ -6,17 +6,6 @@
 namespace pelm::sim {
 namespace {
 
-struct DisplayReport {
-  char name;
-  uint8_t reportId;
-  std::size_t positions;
-};
-
-constexpr DisplayReport kAutopilotDisplays[] = {
-    {'A', 3, 3}, {'B', 5, 3}, {'C', 7, 3}, {'D', 9, 6}, {'E', 11, 6}};
-constexpr DisplayReport kAutopilot2Displays[] = {
-    {'A', 3, 3}, {'B', 5, 5}, {'C', 7, 5}, {'D', 9, 5}, {'E', 11, 5}, {'F', 13, 3}};
-
 const DisplayReport* Find(std::span<const DisplayReport> displays, char name) {
   const auto found = std::find_if(displays.begin(), displays.end(), [name](auto& d) { return d.name == name; });
   return found == displays.end() ? nullptr : &*found;
@@ -27,7 +16,7 @@ constexpr std::size_t kWordBytes = 4;
 }  // namespace
 
 std::vector<uint8_t> AutopilotPanelSim::Display(char name) const {
-  const DisplayReport* display = Find(kAutopilotDisplays, name);
+  const DisplayReport* display = Find(kDisplays, name);
   return display ? Payload(display->reportId, display->positions) : std::vector<uint8_t>{};
 }
 
@@ -43,7 +32,7 @@ void AutopilotPanelSim::SetControlState(const std::array<uint8_t, kDialCount>& d
 }
 
 std::vector<uint8_t> Autopilot2PanelSim::Display(char name) const {
-  const DisplayReport* display = Find(kAutopilot2Displays, name);
+  const DisplayReport* display = Find(kDisplays, name);
   return display ? Payload(display->reportId, display->positions) : std::vector<uint8_t>{};
 }
 

@@ -15,6 +15,8 @@ namespace pelm::sim {
 class AutopilotPanelSim : public DisplayPanelSim {
  public:
   static constexpr uint16_t kProductId = 0x0060;
+  static constexpr std::array<DisplayReport, 5> kDisplays = {{
+      {'A', 3, 3}, {'B', 5, 3}, {'C', 7, 3}, {'D', 9, 6}, {'E', 11, 6}}};
   static constexpr uint8_t kBrightnessReport = 12;
   static constexpr uint8_t kIndicatorReport = 13;
   static constexpr uint8_t kControlStateReport = 14;
@@ -33,6 +35,8 @@ class AutopilotPanelSim : public DisplayPanelSim {
 class Autopilot2PanelSim : public DisplayPanelSim {
  public:
   static constexpr uint16_t kProductId = 0x0064;
+  static constexpr std::array<DisplayReport, 6> kDisplays = {{
+      {'A', 3, 3}, {'B', 5, 5}, {'C', 7, 5}, {'D', 9, 5}, {'E', 11, 5}, {'F', 13, 3}}};
   static constexpr uint8_t kBrightnessReport = 14;
   static constexpr uint8_t kIndicatorReport = 15;
   static constexpr uint8_t kControlStateReport = 16;

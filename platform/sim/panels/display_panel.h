@@ -13,6 +13,14 @@
 
 namespace pelm::sim {
 
+// A seven-segment display of a panel: the feature report that sets it and the
+// positions it shows, one segment byte each, position 0 in byte 1.
+struct DisplayReport {
+  char name;
+  uint8_t reportId;
+  std::size_t positions;
+};
+
 class DisplayPanelSim : public GenericPanel {
  protected:
   // Bytes 1 to `count` of the last report set under `reportId`; zeros where
