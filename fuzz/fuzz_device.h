@@ -15,7 +15,7 @@ inline const ModelDescriptor& ModelFromByte(uint8_t byte) {
   return ModelsInProbeOrder()[byte % kModelCount];
 }
 
-inline sim::DeviceDescription SpecFor(const ModelDescriptor& model, platform::HidCaps caps) {
+inline sim::DeviceDescription DescriptionFor(const ModelDescriptor& model, platform::HidCaps caps) {
   sim::DeviceDescription description;
   description.path = "\\\\?\\hid#vid_fff0&pid_" + std::to_string(model.productId) + "#fuzz";
   description.vendorId = kVendorId;

@@ -32,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
 
   pelm::sim::Bus& bus = pelm::sim::Bus::Instance();
   bus.Reset();
-  auto device = bus.Plug(pelm::fuzz::SpecFor(model, {inputLength, kLongestInputReport, kLongestInputReport}));
+  auto device = bus.Plug(pelm::fuzz::DescriptionFor(model, {inputLength, kLongestInputReport, kLongestInputReport}));
   PelmDev_Init(nullptr);
   PelmDev_RegisterInputCallback(&InputSink);
   device->InjectInput(pelm::sim::Report(data + 2, data + size));

@@ -67,7 +67,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
 
   pelm::sim::Bus& bus = pelm::sim::Bus::Instance();
   bus.Reset();
-  bus.PlugWithPanel(pelm::fuzz::SpecFor(model, {kLongestReport, kLongestReport, featureLength}),
+  bus.PlugWithPanel(pelm::fuzz::DescriptionFor(model, {kLongestReport, kLongestReport, featureLength}),
                     std::make_unique<HostilePanel>(std::vector<uint8_t>(data + 2, data + size)));
   PelmDev_Init(nullptr);
   ReadBack();

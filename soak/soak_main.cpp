@@ -204,7 +204,7 @@ struct PluggedPanel {
   int generation = 0;
 };
 
-pelm::sim::DeviceDescription SpecFor(const pelm::ModelDescriptor& model, int instance, int generation) {
+pelm::sim::DeviceDescription DescriptionFor(const pelm::ModelDescriptor& model, int instance, int generation) {
   pelm::sim::DeviceDescription description;
   description.path = "\\\\?\\hid#vid_fff0&pid_" + std::to_string(model.productId) + "#soak&" + std::to_string(instance) +
               "&" + std::to_string(generation);
@@ -227,7 +227,7 @@ void DeviceThread(std::vector<PluggedPanel>& panels, unsigned seed) {
           // Back at the same path, or at a new one as after a move to another port.
           if (random() % 2 == 0) {
             bus.Unplug(panel.description.path, false);
-            panel.description = SpecFor(*pelm::ModelByProductId(panel.description.productId), static_cast<int>(&panel - &panels[0]),
+            panel.description = DescriptionFor(*pelm::ModelByProductId(panel.description.productId), static_cast<int>(&panel - &panels[0]),
                                  ++panel.generation);
           }
           panel.device = bus.Plug(panel.description);
@@ -290,7 +290,7 @@ int main(int argc, char** argv) {
     const int copies = std::count(std::begin(kTwiceModels), std::end(kTwiceModels), model.typeCode) + 1;
     for (int copy = 0; copy < copies; ++copy) {
       PluggedPanel panel;
-      panel.description = SpecFor(model, static_cast<int>(panels.size()), 0);
+      panel.description = DescriptionFor(model, static_cast<int>(panels.size()), 0);
       panel.device = bus.Plug(panel.description);
       panels.push_back(panel);
     }
