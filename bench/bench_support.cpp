@@ -51,7 +51,7 @@ sim::DeviceDescription PanelDescription(uint16_t productId, int instance) {
   return description;
 }
 
-sim::DeviceDescription ForeignDeviceSpec(int instance) {
+sim::DeviceDescription ForeignDeviceDescription(int instance) {
   sim::DeviceDescription description;
   description.path = DevicePath(kForeignVendorId, kForeignProductId, instance);
   description.vendorId = kForeignVendorId;

@@ -46,7 +46,7 @@ double Median(std::vector<double> samples);
 // A panel of the model with this product ID; instance numbers keep paths apart.
 sim::DeviceDescription PanelDescription(uint16_t productId, int instance);
 // A HID device of another vendor, which the library probes and leaves alone.
-sim::DeviceDescription ForeignDeviceSpec(int instance);
+sim::DeviceDescription ForeignDeviceDescription(int instance);
 
 // Plugs a device with its transfer log off, so that long runs only count.
 std::shared_ptr<sim::SimDevice> PlugQuietly(const sim::DeviceDescription& description);

@@ -28,7 +28,7 @@ std::vector<Figure> MeasureInitAndTerminate(const RunLength& length) {
   sim::Bus::Instance().Reset();
   auto panels = PlugMixedPanels(kPanels);
   std::vector<std::shared_ptr<sim::SimDevice>> foreign;
-  for (int i = 0; i < kForeignDevices; ++i) foreign.push_back(PlugQuietly(ForeignDeviceSpec(i + 1)));
+  for (int i = 0; i < kForeignDevices; ++i) foreign.push_back(PlugQuietly(ForeignDeviceDescription(i + 1)));
 
   const std::size_t rounds = length.Scaled(kRounds);
   Progress("Init and Terminate: " + std::to_string(rounds) + " rounds with " + std::to_string(kPanels) +
