@@ -229,22 +229,20 @@ bool Bus::ConsumeListStepFailure() {
 }
 
 void Bus::AttachNotifier(const std::function<void(platform::DeviceEvent, const std::string&)>& post) {
-  std::lock_guard hold(mutex_);
+  std::lock_guard hold(notifierMutex_);
   notifier_ = post;
 }
 
 void Bus::DetachNotifier() {
-  std::lock_guard hold(mutex_);
+  std::lock_guard hold(notifierMutex_);
   notifier_ = nullptr;
 }
 
 void Bus::Notify(platform::DeviceEvent event, const std::string& path) {
-  std::function<void(platform::DeviceEvent, const std::string&)> post;
-  {
-    std::lock_guard hold(mutex_);
-    post = notifier_;
-  }
-  if (post) post(event, path);
+  // Held while the notifier runs, so that once DetachNotifier returns no call
+  // into the detached notifier is still under way.
+  std::lock_guard hold(notifierMutex_);
+  if (notifier_) notifier_(event, path);
 }
 
 }  // namespace pelm::sim

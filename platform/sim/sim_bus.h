@@ -156,6 +156,8 @@ class Bus {
   std::vector<std::string> presentOrder_;
   bool failListing_ = false;
   int failListSteps_ = 0;
+  // Guards the notifier and every call of it; never held with mutex_.
+  std::mutex notifierMutex_;
   std::function<void(platform::DeviceEvent, const std::string&)> notifier_;
 };
 
