@@ -1,6 +1,10 @@
-// The simulated bus's own switches that benchmarks rely on.
+// The simulated bus's own switches that benchmarks rely on, and its hot-plug
+// notifier's hand-over at Terminate.
 
 #include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
 
 #include "support/sim_fixture.h"
 
@@ -30,6 +34,32 @@ TEST_F(SimBusTest, WithLoggingOffSendsAreCountedButTheirBytesAreNotKept) {
 
   device->ClearLog();
   EXPECT_EQ(device->CountOf(sim::LogOp::SetFeature), 0u);
+}
+
+// Terminate detaches the notifier and then frees it: a removal being reported
+// on another thread at that moment must have finished by then.
+TEST_F(SimBusTest, DetachingTheNotifierWaitsForANotificationUnderWay) {
+  auto device = bus().Plug(PanelDescription(0x0050, 1), false);
+  std::atomic<bool> entered{false}, release{false}, finished{false};
+  bus().AttachNotifier([&](platform::DeviceEvent, const std::string&) {
+    entered = true;
+    WaitUntil([&] { return release.load(); });
+    finished = true;
+  });
+  std::thread unplugging([&] { bus().Unplug(device->Description().path); });
+  ASSERT_TRUE(WaitUntil([&] { return entered.load(); }));
+
+  std::atomic<bool> detaching{false}, finishedAtDetach{false};
+  std::thread detach([&] {
+    detaching = true;
+    bus().DetachNotifier();
+    finishedAtDetach = finished.load();
+  });
+  ASSERT_TRUE(WaitUntil([&] { return detaching.load(); }));
+  release = true;
+  detach.join();
+  unplugging.join();
+  EXPECT_TRUE(finishedAtDetach);
 }
 
 }  // namespace
