@@ -221,7 +221,12 @@ void DeviceThread(std::vector<PluggedPanel>& panels, unsigned seed) {
   while (running) {
     PluggedPanel& panel = panels[random() % panels.size()];
     switch (random() % 64) {
-      case 0:
+      case 0: {
+        // Not while Init or Terminate runs: a panel that comes or goes while
+        // Init enumerates is both found and announced, or neither, and the
+        // connect ledger could not tell that from a wrong pair of events.
+        while (restartWaiting) std::this_thread::yield();
+        std::shared_lock hold(libraryGate);
         if (panel.present) bus.Unplug(panel.description.path);
         else {
           // Back at the same path, or at a new one as after a move to another port.
@@ -234,6 +239,7 @@ void DeviceThread(std::vector<PluggedPanel>& panels, unsigned seed) {
         }
         panel.present = !panel.present;
         break;
+      }
       case 1:
         panel.device->SetOperationDelay(std::chrono::milliseconds(random() % 3));
         break;
