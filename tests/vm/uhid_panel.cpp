@@ -135,11 +135,6 @@ bool UhidPanel::WaitForReceived(const std::function<bool(const std::vector<Trans
   return changed_.wait_for(hold, timeout, [&] { return predicate(received_); });
 }
 
-int UhidPanel::OpenCount() const {
-  std::lock_guard hold(mutex_);
-  return openCount_;
-}
-
 bool UhidPanel::IsOpen() const {
   std::lock_guard hold(mutex_);
   return open_;
@@ -199,7 +194,6 @@ void UhidPanel::Serve() {
       case UHID_CLOSE: {
         std::lock_guard hold(mutex_);
         open_ = event.type == UHID_OPEN;
-        if (open_) ++openCount_;
         break;
       }
       case UHID_GET_REPORT:

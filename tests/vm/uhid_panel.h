@@ -69,9 +69,7 @@ class UhidPanel {
   // Waits (bounded) until `predicate` holds for what was received.
   bool WaitForReceived(const std::function<bool(const std::vector<Transfer>&)>& predicate,
                        std::chrono::milliseconds timeout = std::chrono::seconds(10)) const;
-  // Times the kernel told the device it was opened (its first hidraw open),
-  // and whether it is open now.
-  int OpenCount() const;
+  // Whether any hidraw handle of the device is open now, as the kernel tells it.
   bool IsOpen() const;
 
   template <class PanelType>
@@ -96,7 +94,6 @@ class UhidPanel {
   std::vector<Transfer> received_;
   int failSends_ = 0;
   bool failFeatureReads_ = false;
-  int openCount_ = 0;
   bool open_ = false;
   std::thread server_;
 };
