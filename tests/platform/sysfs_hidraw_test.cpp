@@ -5,44 +5,12 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
+#include "support/fake_sysfs.h"
 
 namespace pelm::linux_hid {
 namespace {
 
-namespace fs = std::filesystem;
-
-class SysfsHidrawTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    root = fs::temp_directory_path() / ("pelm-sysfs-" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) +
-                                        "-" + ::testing::UnitTest::GetInstance()->current_test_info()->name());
-    fs::remove_all(root);
-    fs::create_directories(root / "class" / "hidraw");
-  }
-  void TearDown() override { fs::remove_all(root); }
-
-  static void Write(const fs::path& file, const std::string& text) {
-    fs::create_directories(file.parent_path());
-    std::ofstream(file) << text;
-  }
-
-  // A USB panel: usb device (bcdDevice) > interface > HID device > hidraw node.
-  void AddUsbNode(const std::string& node, const std::string& hidName, const std::string& uevent,
-                  const std::string& bcdDevice) {
-    const fs::path usbDevice = root / "devices" / "pci0000:00" / "usb1" / ("1-" + node);
-    if (!bcdDevice.empty()) Write(usbDevice / "bcdDevice", bcdDevice + "\n");
-    const fs::path hidDevice = usbDevice / ("1-" + node + ":1.0") / hidName;
-    Write(hidDevice / "uevent", uevent);
-    const fs::path nodeDir = hidDevice / "hidraw" / node;
-    fs::create_directories(nodeDir);
-    fs::create_directory_symlink(fs::path("../../..") / hidName, nodeDir / "device");
-    fs::create_directory_symlink(nodeDir, root / "class" / "hidraw" / node);
-  }
-
-  fs::path root;
-};
+using SysfsHidrawTest = test::FakeSysfsTest;
 
 TEST_F(SysfsHidrawTest, NodesAreDescribedFromTheirHidDeviceAndUsbParent) {
   AddUsbNode("hidraw3", "0003:FFF0:0050.0007",
@@ -65,8 +33,7 @@ TEST_F(SysfsHidrawTest, TheSamePanelOnTheSamePortKeepsItsPathUnderANewNode) {
   const std::string uevent = "HID_ID=0003:0000FFF0:00000020\nHID_PHYS=usb-0000:00:14.0-3/input0\n";
   AddUsbNode("hidraw1", "0003:FFF0:0020.0001", uevent, "0100");
   const std::string before = ScanHidrawNodes(root.string()).at(0).path;
-  fs::remove_all(root / "devices");
-  fs::remove(root / "class" / "hidraw" / "hidraw1");
+  RemoveUsbNode("hidraw1");
   AddUsbNode("hidraw4", "0003:FFF0:0020.0009", uevent, "0100");
   EXPECT_EQ(ScanHidrawNodes(root.string()).at(0).path, before);
 }

@@ -2,9 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <string>
 #include <vector>
+
+#include "support/uevent_messages.h"
 
 namespace pelm::linux_hid {
 namespace {
@@ -27,14 +28,7 @@ TEST(UeventMessageTest, KernelMessagesAreParsed) {
 }
 
 TEST(UeventMessageTest, UdevMessagesAreParsedThroughTheirHeader) {
-  std::vector<char> message(40, 0);
-  std::memcpy(message.data(), "libudev", 8);
-  const uint32_t offset = 40;
-  const std::string properties = Properties();
-  const auto length = static_cast<uint32_t>(properties.size());
-  std::memcpy(message.data() + 16, &offset, 4);
-  std::memcpy(message.data() + 20, &length, 4);
-  message.insert(message.end(), properties.begin(), properties.end());
+  const std::string message = test::UdevMessage(Properties());
   const auto event = ParseUeventMessage(message.data(), message.size());
   ASSERT_TRUE(event);
   EXPECT_EQ(event->action, "remove");

@@ -1,0 +1,98 @@
+// The hot-plug watch over a fake sysfs tree, fed uevent datagrams as the kernel
+// and udevd send them.
+
+#include "platform/linux/uevent_watch.h"
+
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "support/fake_sysfs.h"
+#include "support/uevent_messages.h"
+
+namespace pelm::linux_hid {
+namespace {
+
+class FakeUeventSource : public UeventSource {
+ public:
+  int Descriptor() const override { return -1; }
+  ReceiveResult Receive(UeventDatagram& datagram) override {
+    if (queued_.empty()) return ReceiveResult::Empty;
+    auto [result, next] = std::move(queued_.front());
+    queued_.pop_front();
+    datagram = std::move(next);
+    return result;
+  }
+  void Push(UeventDatagram datagram) { queued_.emplace_back(ReceiveResult::Datagram, std::move(datagram)); }
+
+ private:
+  std::deque<std::pair<ReceiveResult, UeventDatagram>> queued_;
+};
+
+struct SeenEvent {
+  platform::DeviceEvent event;
+  std::string path;
+  bool operator==(const SeenEvent&) const = default;
+};
+
+constexpr char kRadioPath[] = "HIDRAW:FFF0:0050:USB-0000:00:14.0-2/INPUT0";
+
+class UeventWatchTest : public test::FakeSysfsTest {
+ protected:
+  void StartWatch() {
+    watch_.reset();
+    nodes_ = std::make_unique<NodeMap>(root.string());
+    auto source = std::make_unique<FakeUeventSource>();
+    source_ = source.get();
+    watch_ = std::make_unique<UeventWatch>(*nodes_, std::move(source), [this](platform::DeviceEvent event, const char* path) {
+      seen_.push_back({event, path});
+    });
+  }
+
+  // The radio panel's node, as plugging it makes it.
+  std::string PlugRadio(const std::string& node = "hidraw3", const std::string& hidName = "0003:FFF0:0050.0007") {
+    return AddUsbNode(node, hidName, PanelUevent("0050", "usb-0000:00:14.0-2/input0"));
+  }
+
+  std::unique_ptr<NodeMap> nodes_;
+  FakeUeventSource* source_ = nullptr;
+  std::unique_ptr<UeventWatch> watch_;
+  std::vector<SeenEvent> seen_;
+};
+
+// How each sender words a hidraw node's event.
+struct MessageForm {
+  const char* name;
+  UeventDatagram (*make)(const std::string& action, const std::string& devpath, const std::string& node);
+};
+
+const MessageForm kMessageForms[] = {
+    {"kernel",
+     [](const std::string& action, const std::string& devpath, const std::string& node) {
+       return test::FromKernel(test::KernelMessage(
+           action, devpath,
+           test::UeventProperties({"ACTION=" + action, "DEVPATH=" + devpath, "SUBSYSTEM=hidraw", "DEVNAME=" + node})));
+     }},
+};
+
+TEST_F(UeventWatchTest, EveryFormOfAddAndRemoveBecomesAnArrivalAndARemoval) {
+  for (const MessageForm& form : kMessageForms) {
+    SCOPED_TRACE(form.name);
+    seen_.clear();
+    StartWatch();
+    const std::string devpath = PlugRadio();
+    source_->Push(form.make("add", devpath, "hidraw3"));
+    EXPECT_EQ(watch_->DispatchPending(), 1u);
+    RemoveUsbNode("hidraw3");
+    source_->Push(form.make("remove", devpath, "hidraw3"));
+    EXPECT_EQ(watch_->DispatchPending(), 1u);
+    EXPECT_EQ(seen_, (std::vector<SeenEvent>{{platform::DeviceEvent::Arrival, kRadioPath},
+                                             {platform::DeviceEvent::Removal, kRadioPath}}));
+  }
+}
+
+}  // namespace
+}  // namespace pelm::linux_hid
