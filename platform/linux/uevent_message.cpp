@@ -1,8 +1,9 @@
 #include "platform/linux/uevent_message.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstdint>
 #include <cstring>
-#include <string_view>
 
 namespace pelm::linux_hid {
 namespace {
@@ -13,6 +14,9 @@ constexpr std::string_view kUdevPrefix{"libudev\0", 8};
 constexpr std::size_t kUdevPropertiesOffsetAt = 16;
 constexpr std::size_t kUdevPropertiesLengthAt = 20;
 constexpr std::size_t kUdevHeaderMinimum = 24;
+
+constexpr std::string_view kDevDirectory = "/dev/";
+constexpr std::string_view kHidrawPrefix = "hidraw";
 
 uint32_t Read32(const char* at) {
   uint32_t value;
@@ -55,6 +59,18 @@ std::optional<Uevent> ParseUeventMessage(const char* message, std::size_t length
   if (const auto devpath = values.find("DEVPATH"); devpath != values.end()) event.devpath = devpath->second;
   if (const auto devname = values.find("DEVNAME"); devname != values.end()) event.devname = devname->second;
   return event;
+}
+
+std::optional<std::string> HidrawNodeName(std::string_view devname) {
+  if (devname.starts_with(kDevDirectory)) devname.remove_prefix(kDevDirectory.size());
+  if (!devname.starts_with(kHidrawPrefix)) return std::nullopt;
+  const std::string_view number = devname.substr(kHidrawPrefix.size());
+  if (number.empty() || !std::all_of(number.begin(), number.end(), [](char c) {
+        return std::isdigit(static_cast<unsigned char>(c)) != 0;
+      })) {
+    return std::nullopt;
+  }
+  return std::string(devname);
 }
 
 }  // namespace pelm::linux_hid

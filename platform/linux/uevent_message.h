@@ -8,6 +8,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace pelm::linux_hid {
 
@@ -15,10 +16,14 @@ struct Uevent {
   std::string action;     // "add", "remove", ...
   std::string subsystem;  // "hidraw", "hid", ...
   std::string devpath;    // sysfs path below /sys
-  std::string devname;    // "hidraw3" for a hidraw node
+  std::string devname;    // as sent: "hidraw3" from the kernel, "/dev/hidraw3" from udevd
 };
 
 // Nullopt for a message of neither form or one that lacks ACTION or SUBSYSTEM.
 std::optional<Uevent> ParseUeventMessage(const char* message, std::size_t length);
+
+// The hidraw node a DEVNAME names ("hidraw3" for both "hidraw3" and
+// "/dev/hidraw3"); nullopt for anything that is not a hidraw node's name.
+std::optional<std::string> HidrawNodeName(std::string_view devname);
 
 }  // namespace pelm::linux_hid

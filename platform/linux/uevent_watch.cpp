@@ -25,7 +25,9 @@ unsigned UeventWatch::DispatchPending() {
 unsigned UeventWatch::Handle(const Uevent& event) {
   if (event.subsystem != kHidrawSubsystem) return 0;
   if (event.action == "add") {
-    const std::optional<HidrawNode> node = nodes_.Refresh(event.devname);
+    const std::optional<std::string> name = HidrawNodeName(event.devname);
+    if (!name) return 0;
+    const std::optional<HidrawNode> node = nodes_.Refresh(*name);
     if (!node) return 0;
     knownPaths_[event.devpath] = node->path;
     handler_(platform::DeviceEvent::Arrival, node->path.c_str());

@@ -45,5 +45,14 @@ TEST(UeventMessageTest, MalformedMessagesAreRefused) {
   for (const std::string& message : bad) EXPECT_FALSE(ParseUeventMessage(message.data(), message.size()));
 }
 
+TEST(UeventMessageTest, HidrawNodesAreNamedInTheKernelsFormAndUdevdsAndNothingElse) {
+  EXPECT_EQ(HidrawNodeName("hidraw3"), "hidraw3");
+  EXPECT_EQ(HidrawNodeName("/dev/hidraw12"), "hidraw12");
+  for (const char* other : {"", "hidraw", "/dev/hidraw", "hidraw3x", "/dev/hidraw/3", "/dev/../hidraw3", "../hidraw3",
+                            "/dev//hidraw3", "/dev/input/event3", "usb/hiddev0", "/tmp/hidraw3"}) {
+    EXPECT_EQ(HidrawNodeName(other), std::nullopt) << other;
+  }
+}
+
 }  // namespace
 }  // namespace pelm::linux_hid

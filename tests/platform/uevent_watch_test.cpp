@@ -76,6 +76,13 @@ const MessageForm kMessageForms[] = {
            action, devpath,
            test::UeventProperties({"ACTION=" + action, "DEVPATH=" + devpath, "SUBSYSTEM=hidraw", "DEVNAME=" + node})));
      }},
+    // udevd names the node by its full path in /dev.
+    {"udevd",
+     [](const std::string& action, const std::string& devpath, const std::string& node) {
+       return test::FromUdevd(test::UdevMessage(test::UeventProperties(
+           {"ACTION=" + action, "DEVPATH=" + devpath, "SUBSYSTEM=hidraw", "DEVNAME=/dev/" + node, "SEQNUM=812",
+            "USEC_INITIALIZED=1234", "TAGS=:uaccess:", "CURRENT_TAGS=:uaccess:"})));
+     }},
 };
 
 TEST_F(UeventWatchTest, EveryFormOfAddAndRemoveBecomesAnArrivalAndARemoval) {
