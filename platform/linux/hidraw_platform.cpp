@@ -97,7 +97,8 @@ std::unique_ptr<DeviceNotifier> StartDeviceNotifier(void* instance, DeviceEventH
                                            : linux_hid::UeventGroup::Kernel;
   std::unique_ptr<linux_hid::UeventSource> source = linux_hid::OpenUeventSocket(group);
   if (!source) return nullptr;
-  return std::make_unique<linux_hid::UeventWatch>(linux_hid::Nodes(), std::move(source), std::move(handler));
+  return std::make_unique<linux_hid::UeventWatch>(linux_hid::Nodes(), std::move(source), group,
+                                                 std::move(handler));
 }
 
 std::unique_ptr<NamedMutex> CreateNamedMutex(const char* name) {

@@ -61,6 +61,14 @@ class NetlinkUeventSocket : public UeventSource {
 
 }  // namespace
 
+bool FromTrustedSender(const UeventDatagram& datagram, UeventGroup group) {
+  constexpr uint32_t kKernelPortId = 0;
+  constexpr uint32_t kRootUid = 0;
+  if (datagram.senderGroups == 0) return false;
+  if (group == UeventGroup::Kernel) return datagram.senderPortId == kKernelPortId;
+  return datagram.senderUid == kRootUid;
+}
+
 std::unique_ptr<UeventSource> OpenUeventSocket(UeventGroup group) {
   const int fd = socket(AF_NETLINK, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, NETLINK_KOBJECT_UEVENT);
   if (fd < 0) return nullptr;

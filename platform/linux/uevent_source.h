@@ -39,6 +39,11 @@ class UeventSource {
   virtual ReceiveResult Receive(UeventDatagram& datagram) = 0;
 };
 
+// True when the datagram comes from whoever may speak on `group`: the kernel
+// itself on the kernel's group, a root process (udevd) on udev's. A unicast
+// message, which any local process may send to the socket, is nobody's event.
+bool FromTrustedSender(const UeventDatagram& datagram, UeventGroup group);
+
 // A non-blocking uevent netlink socket subscribed to `group`; null when it
 // cannot be opened.
 std::unique_ptr<UeventSource> OpenUeventSocket(UeventGroup group);

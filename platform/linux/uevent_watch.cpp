@@ -7,8 +7,9 @@ constexpr char kHidrawSubsystem[] = "hidraw";
 
 }  // namespace
 
-UeventWatch::UeventWatch(NodeMap& nodes, std::unique_ptr<UeventSource> source, platform::DeviceEventHandler handler)
-    : nodes_(nodes), source_(std::move(source)), handler_(std::move(handler)) {
+UeventWatch::UeventWatch(NodeMap& nodes, std::unique_ptr<UeventSource> source, UeventGroup group,
+                         platform::DeviceEventHandler handler)
+    : nodes_(nodes), source_(std::move(source)), group_(group), handler_(std::move(handler)) {
   for (const HidrawNode& node : nodes_.Rescan()) knownPaths_[node.devpath] = node.path;
 }
 
@@ -16,6 +17,7 @@ unsigned UeventWatch::DispatchPending() {
   unsigned handled = 0;
   UeventDatagram datagram;
   while (source_->Receive(datagram) == ReceiveResult::Datagram) {
+    if (!FromTrustedSender(datagram, group_)) continue;
     const std::optional<Uevent> event = ParseUeventMessage(datagram.bytes.data(), datagram.bytes.size());
     if (event) handled += Handle(*event);
   }

@@ -16,7 +16,9 @@ namespace pelm::linux_hid {
 
 class UeventWatch : public platform::DeviceNotifier {
  public:
-  UeventWatch(NodeMap& nodes, std::unique_ptr<UeventSource> source, platform::DeviceEventHandler handler);
+  // `group` is the one `source` listens to.
+  UeventWatch(NodeMap& nodes, std::unique_ptr<UeventSource> source, UeventGroup group,
+              platform::DeviceEventHandler handler);
 
   int EventDescriptor() const override { return source_->Descriptor(); }
   unsigned DispatchPending() override;
@@ -27,6 +29,7 @@ class UeventWatch : public platform::DeviceNotifier {
 
   NodeMap& nodes_;
   const std::unique_ptr<UeventSource> source_;
+  const UeventGroup group_;
   const platform::DeviceEventHandler handler_;
   // A removed node is gone from sysfs when its event comes, so the path of
   // every node is remembered, by its sysfs path, while it is present.

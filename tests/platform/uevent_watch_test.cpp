@@ -42,14 +42,15 @@ constexpr char kRadioPath[] = "HIDRAW:FFF0:0050:USB-0000:00:14.0-2/INPUT0";
 
 class UeventWatchTest : public test::FakeSysfsTest {
  protected:
-  void StartWatch() {
+  void StartWatch(UeventGroup group = UeventGroup::Kernel) {
     watch_.reset();
     nodes_ = std::make_unique<NodeMap>(root.string());
     auto source = std::make_unique<FakeUeventSource>();
     source_ = source.get();
-    watch_ = std::make_unique<UeventWatch>(*nodes_, std::move(source), [this](platform::DeviceEvent event, const char* path) {
-      seen_.push_back({event, path});
-    });
+    watch_ = std::make_unique<UeventWatch>(*nodes_, std::move(source), group,
+                                           [this](platform::DeviceEvent event, const char* path) {
+                                             seen_.push_back({event, path});
+                                           });
   }
 
   // The radio panel's node, as plugging it makes it.
@@ -66,18 +67,19 @@ class UeventWatchTest : public test::FakeSysfsTest {
 // How each sender words a hidraw node's event.
 struct MessageForm {
   const char* name;
+  UeventGroup group;
   UeventDatagram (*make)(const std::string& action, const std::string& devpath, const std::string& node);
 };
 
 const MessageForm kMessageForms[] = {
-    {"kernel",
+    {"kernel", UeventGroup::Kernel,
      [](const std::string& action, const std::string& devpath, const std::string& node) {
        return test::FromKernel(test::KernelMessage(
            action, devpath,
            test::UeventProperties({"ACTION=" + action, "DEVPATH=" + devpath, "SUBSYSTEM=hidraw", "DEVNAME=" + node})));
      }},
     // udevd names the node by its full path in /dev.
-    {"udevd",
+    {"udevd", UeventGroup::Udev,
      [](const std::string& action, const std::string& devpath, const std::string& node) {
        return test::FromUdevd(test::UdevMessage(test::UeventProperties(
            {"ACTION=" + action, "DEVPATH=" + devpath, "SUBSYSTEM=hidraw", "DEVNAME=/dev/" + node, "SEQNUM=812",
@@ -89,7 +91,7 @@ TEST_F(UeventWatchTest, EveryFormOfAddAndRemoveBecomesAnArrivalAndARemoval) {
   for (const MessageForm& form : kMessageForms) {
     SCOPED_TRACE(form.name);
     seen_.clear();
-    StartWatch();
+    StartWatch(form.group);
     const std::string devpath = PlugRadio();
     source_->Push(form.make("add", devpath, "hidraw3"));
     EXPECT_EQ(watch_->DispatchPending(), 1u);
@@ -99,6 +101,36 @@ TEST_F(UeventWatchTest, EveryFormOfAddAndRemoveBecomesAnArrivalAndARemoval) {
     EXPECT_EQ(seen_, (std::vector<SeenEvent>{{platform::DeviceEvent::Arrival, kRadioPath},
                                              {platform::DeviceEvent::Removal, kRadioPath}}));
   }
+}
+
+// Any local process may send a datagram to the watch's socket; only the
+// kernel speaks on its group, and only root (udevd) on udev's.
+TEST_F(UeventWatchTest, MessagesFromAnyoneButTheKernelOrUdevdAreIgnored) {
+  const std::string devpath = PlugRadio();
+  const auto properties =
+      test::UeventProperties({"ACTION=add", "DEVPATH=" + devpath, "SUBSYSTEM=hidraw", "DEVNAME=hidraw3"});
+  const std::string kernelForm = test::KernelMessage("add", devpath, properties);
+  const std::string udevForm = test::UdevMessage(properties);
+  const uint32_t kernelGroup = static_cast<uint32_t>(UeventGroup::Kernel);
+  const uint32_t udevGroup = static_cast<uint32_t>(UeventGroup::Udev);
+  const uint32_t localPort = 31337;
+  const struct {
+    const char* what;
+    UeventGroup watched;
+    UeventDatagram datagram;
+  } impostors[] = {
+      {"a process on the kernel's group", UeventGroup::Kernel, {kernelForm, localPort, kernelGroup, 0}},
+      {"a unicast to the kernel watch", UeventGroup::Kernel, {kernelForm, localPort, 0, 1000}},
+      {"a user's process on udev's group", UeventGroup::Udev, {udevForm, localPort, udevGroup, 1000}},
+      {"no credentials on udev's group", UeventGroup::Udev, {udevForm, test::kUdevdPortId, udevGroup, std::nullopt}},
+      {"a unicast to the udev watch", UeventGroup::Udev, {udevForm, localPort, 0, 0}},
+  };
+  for (const auto& impostor : impostors) {
+    StartWatch(impostor.watched);
+    source_->Push(impostor.datagram);
+    EXPECT_EQ(watch_->DispatchPending(), 0u) << impostor.what;
+  }
+  EXPECT_TRUE(seen_.empty());
 }
 
 }  // namespace
