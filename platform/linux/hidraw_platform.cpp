@@ -5,6 +5,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <vector>
 
 #include "platform/linux/hidraw_device.h"
@@ -75,6 +76,9 @@ HidHandle OpenDevice(const char* path, OpenMode mode) {
   if (!node) return nullptr;
   const int flags = O_RDWR | O_CLOEXEC | (mode == OpenMode::Overlapped ? O_NONBLOCK : 0);
   const int fd = open((linux_hid::kDevRoot + node->node).c_str(), flags);
+  // Remembered so that a node that could not be opened (no permission yet) is
+  // looked at again when udev changes it.
+  linux_hid::Nodes().NoteOpenResult(node->path, fd < 0 ? errno : 0);
   if (fd < 0) return nullptr;
   const std::optional<linux_hid::ReportLengths> lengths = linux_hid::ReadDescriptorLengths(fd);
   if (!lengths) {

@@ -31,8 +31,16 @@ class NodeMap {
   // event; nullopt when it is gone or not a HID device's node.
   std::optional<HidrawNode> Refresh(const std::string& name);
 
+  // What the last attempt to open the node of `path` (a node's path as this
+  // map gives it) gave: 0 or the error number.
+  void NoteOpenResult(const std::string& path, int error);
+  // True when the last attempt to open the node of `path` failed.
+  bool LastOpenFailed(const std::string& path) const;
+
  private:
   const std::string sysfsRoot_;
+  mutable std::mutex mutex_;
+  std::map<std::string, int> openErrors_;  // by path
 };
 
 }  // namespace pelm::linux_hid

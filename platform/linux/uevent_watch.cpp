@@ -1,9 +1,15 @@
 #include "platform/linux/uevent_watch.h"
 
+#include <filesystem>
+#include <system_error>
+
 namespace pelm::linux_hid {
 namespace {
 
 constexpr char kHidrawSubsystem[] = "hidraw";
+constexpr char kHidSubsystem[] = "hid";
+// Where a HID device's hidraw node sits below it in sysfs.
+constexpr char kHidrawChildren[] = "hidraw";
 
 }  // namespace
 
@@ -25,16 +31,8 @@ unsigned UeventWatch::DispatchPending() {
 }
 
 unsigned UeventWatch::Handle(const Uevent& event) {
+  if (event.subsystem == kHidSubsystem && event.action == "bind") return ReexamineNodesOf(event.devpath);
   if (event.subsystem != kHidrawSubsystem) return 0;
-  if (event.action == "add") {
-    const std::optional<std::string> name = HidrawNodeName(event.devname);
-    if (!name) return 0;
-    const std::optional<HidrawNode> node = nodes_.Refresh(*name);
-    if (!node) return 0;
-    knownPaths_[event.devpath] = node->path;
-    handler_(platform::DeviceEvent::Arrival, node->path.c_str());
-    return 1;
-  }
   if (event.action == "remove") {
     const auto known = knownPaths_.find(event.devpath);
     if (known == knownPaths_.end()) return 0;
@@ -43,7 +41,37 @@ unsigned UeventWatch::Handle(const Uevent& event) {
     handler_(platform::DeviceEvent::Removal, path.c_str());
     return 1;
   }
+  const std::optional<std::string> name = HidrawNodeName(event.devname);
+  if (!name) return 0;
+  if (event.action == "add") return Arrive(*name, event.devpath);
+  if (event.action == "change") return Reexamine(*name, event.devpath);
   return 0;
+}
+
+unsigned UeventWatch::Arrive(const std::string& name, const std::string& devpath) {
+  const std::optional<HidrawNode> node = nodes_.Refresh(name);
+  if (!node) return 0;
+  knownPaths_[devpath] = node->path;
+  handler_(platform::DeviceEvent::Arrival, node->path.c_str());
+  return 1;
+}
+
+unsigned UeventWatch::Reexamine(const std::string& name, const std::string& devpath) {
+  const auto known = knownPaths_.find(devpath);
+  if (known != knownPaths_.end() && !nodes_.LastOpenFailed(known->second)) return 0;
+  return Arrive(name, devpath);
+}
+
+unsigned UeventWatch::ReexamineNodesOf(const std::string& hidDevpath) {
+  if (!hidDevpath.starts_with('/')) return 0;
+  unsigned handled = 0;
+  std::error_code error;
+  const std::filesystem::path children = std::filesystem::path(nodes_.SysfsRoot()) / hidDevpath.substr(1) / kHidrawChildren;
+  for (const auto& child : std::filesystem::directory_iterator(children, error)) {
+    const std::string name = child.path().filename().string();
+    if (HidrawNodeName(name)) handled += Reexamine(name, hidDevpath + "/" + kHidrawChildren + "/" + name);
+  }
+  return handled;
 }
 
 }  // namespace pelm::linux_hid

@@ -24,8 +24,13 @@ class UeventWatch : public platform::DeviceNotifier {
   unsigned DispatchPending() override;
 
  private:
-  // The number of events handed to the handler.
+  // Each returns the number of events handed to the handler.
   unsigned Handle(const Uevent& event);
+  unsigned Arrive(const std::string& name, const std::string& devpath);
+  // A change or a driver's bind: a node not heard of, or one that could not
+  // be opened the last time, is reported as arriving; one that opened is not.
+  unsigned Reexamine(const std::string& name, const std::string& devpath);
+  unsigned ReexamineNodesOf(const std::string& hidDevpath);
 
   NodeMap& nodes_;
   const std::unique_ptr<UeventSource> source_;

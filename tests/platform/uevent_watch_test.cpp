@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <deque>
 #include <string>
 #include <utility>
@@ -101,6 +103,48 @@ TEST_F(UeventWatchTest, EveryFormOfAddAndRemoveBecomesAnArrivalAndARemoval) {
     EXPECT_EQ(seen_, (std::vector<SeenEvent>{{platform::DeviceEvent::Arrival, kRadioPath},
                                              {platform::DeviceEvent::Removal, kRadioPath}}));
   }
+}
+
+UeventDatagram KernelEvent(const std::string& action, const std::string& devpath, const std::string& subsystem,
+                           const std::string& node = "") {
+  std::vector<std::string> properties = {"ACTION=" + action, "DEVPATH=" + devpath, "SUBSYSTEM=" + subsystem};
+  if (!node.empty()) properties.push_back("DEVNAME=" + node);
+  return test::FromKernel(test::KernelMessage(action, devpath, test::UeventProperties(properties)));
+}
+
+// A node whose permissions come after its add (udevadm trigger after the rule
+// is installed) or whose driver binds late is looked at again; one that opened
+// fine is not reported twice.
+TEST_F(UeventWatchTest, AChangeOrBindReportsAgainANodeThatCouldNotBeOpened) {
+  StartWatch();
+  const std::string devpath = PlugRadio();
+  const std::string hidDevpath = devpath.substr(0, devpath.rfind("/hidraw/"));
+  const auto arrivals = [this] { return std::count_if(seen_.begin(), seen_.end(), [](const SeenEvent& seen) {
+                                   return seen.event == platform::DeviceEvent::Arrival && seen.path == kRadioPath;
+                                 }); };
+  // Its add was missed: a change is as good.
+  source_->Push(KernelEvent("change", devpath, "hidraw", "hidraw3"));
+  watch_->DispatchPending();
+  EXPECT_EQ(arrivals(), 1);
+
+  const struct {
+    int lastOpenError;
+    UeventDatagram event;
+    int arrivalsAfter;
+  } steps[] = {
+      {EACCES, KernelEvent("change", devpath, "hidraw", "hidraw3"), 2},
+      {0, KernelEvent("change", devpath, "hidraw", "hidraw3"), 2},
+      {0, KernelEvent("bind", hidDevpath, "hid"), 2},
+      {EACCES, KernelEvent("bind", hidDevpath, "hid"), 3},
+  };
+  for (const auto& step : steps) {
+    nodes_->NoteOpenResult(kRadioPath, step.lastOpenError);
+    source_->Push(step.event);
+    watch_->DispatchPending();
+    EXPECT_EQ(arrivals(), step.arrivalsAfter) << step.event.bytes.substr(0, step.event.bytes.find('@'))
+                                              << " after open error " << step.lastOpenError;
+  }
+  EXPECT_EQ(seen_.size(), 3u);
 }
 
 // Any local process may send a datagram to the watch's socket; only the
