@@ -22,10 +22,50 @@ UeventWatch::UeventWatch(NodeMap& nodes, std::unique_ptr<UeventSource> source, U
 unsigned UeventWatch::DispatchPending() {
   unsigned handled = 0;
   UeventDatagram datagram;
-  while (source_->Receive(datagram) == ReceiveResult::Datagram) {
-    if (!FromTrustedSender(datagram, group_)) continue;
-    const std::optional<Uevent> event = ParseUeventMessage(datagram.bytes.data(), datagram.bytes.size());
-    if (event) handled += Handle(*event);
+  for (;;) {
+    switch (source_->Receive(datagram)) {
+      case ReceiveResult::Empty:
+        return handled;
+      case ReceiveResult::Overrun:
+        handled += Reconcile();
+        break;
+      case ReceiveResult::Datagram:
+        if (!FromTrustedSender(datagram, group_)) break;
+        if (const std::optional<Uevent> event = ParseUeventMessage(datagram.bytes.data(), datagram.bytes.size())) {
+          handled += Handle(*event);
+        }
+        break;
+    }
+  }
+}
+
+unsigned UeventWatch::Reconcile() {
+  // What is still queued was sent before the rescan, which sees its outcome:
+  // handling it as well would report some of it twice.
+  UeventDatagram stale;
+  while (source_->Receive(stale) != ReceiveResult::Empty) {
+  }
+  std::map<std::string, std::string> present;
+  for (const HidrawNode& node : nodes_.Rescan()) present[node.devpath] = node.path;
+
+  unsigned handled = 0;
+  for (auto known = knownPaths_.begin(); known != knownPaths_.end();) {
+    if (present.contains(known->first)) {
+      ++known;
+      continue;
+    }
+    const std::string path = known->second;
+    known = knownPaths_.erase(known);
+    handler_(platform::DeviceEvent::Removal, path.c_str());
+    ++handled;
+  }
+  for (const auto& [devpath, path] : present) {
+    // A lost change may have given a node that could not be opened its permissions.
+    const bool known = knownPaths_.contains(devpath);
+    if (known && !nodes_.LastOpenFailed(path)) continue;
+    knownPaths_[devpath] = path;
+    handler_(platform::DeviceEvent::Arrival, path.c_str());
+    ++handled;
   }
   return handled;
 }

@@ -31,6 +31,8 @@ class UeventWatch : public platform::DeviceNotifier {
   // be opened the last time, is reported as arriving; one that opened is not.
   unsigned Reexamine(const std::string& name, const std::string& devpath);
   unsigned ReexamineNodesOf(const std::string& hidDevpath);
+  // After the socket's buffer overflowed: sysfs tells what changed.
+  unsigned Reconcile();
 
   NodeMap& nodes_;
   const std::unique_ptr<UeventSource> source_;

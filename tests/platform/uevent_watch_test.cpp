@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <deque>
+#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -29,6 +30,7 @@ class FakeUeventSource : public UeventSource {
     return result;
   }
   void Push(UeventDatagram datagram) { queued_.emplace_back(ReceiveResult::Datagram, std::move(datagram)); }
+  void Overrun() { queued_.emplace_back(ReceiveResult::Overrun, UeventDatagram{}); }
 
  private:
   std::deque<std::pair<ReceiveResult, UeventDatagram>> queued_;
@@ -38,6 +40,9 @@ struct SeenEvent {
   platform::DeviceEvent event;
   std::string path;
   bool operator==(const SeenEvent&) const = default;
+  friend void PrintTo(const SeenEvent& seen, std::ostream* out) {
+    *out << (seen.event == platform::DeviceEvent::Arrival ? "arrival " : "removal ") << seen.path;
+  }
 };
 
 constexpr char kRadioPath[] = "HIDRAW:FFF0:0050:USB-0000:00:14.0-2/INPUT0";
@@ -145,6 +150,34 @@ TEST_F(UeventWatchTest, AChangeOrBindReportsAgainANodeThatCouldNotBeOpened) {
                                               << " after open error " << step.lastOpenError;
   }
   EXPECT_EQ(seen_.size(), 3u);
+}
+
+// Events lost to a full socket buffer are made good by looking at sysfs: what
+// went is removed, what came arrives, what stayed is left alone.
+TEST_F(UeventWatchTest, AnOverrunIsAnsweredByARescanThatReconcilesThePaths) {
+  const std::string autopilotPath = "HIDRAW:FFF0:0060:USB-0000:00:14.0-6/INPUT0";
+  const std::string squawkPath = "HIDRAW:FFF0:0070:USB-0000:00:14.0-7/INPUT0";
+  PlugRadio();
+  AddUsbNode("hidraw5", "0003:FFF0:0020.0002", PanelUevent("0020", "usb-0000:00:14.0-5/input0"));
+  AddUsbNode("hidraw6", "0003:FFF0:0060.0003", PanelUevent("0060", "usb-0000:00:14.0-6/input0"));
+  StartWatch();
+  // Lost: the radio replugged (a new HID device on the same port), the
+  // autopilot panel unplugged, a transponder panel plugged in.
+  RemoveUsbNode("hidraw3");
+  PlugRadio("hidraw3", "0003:FFF0:0050.0009");
+  RemoveUsbNode("hidraw6");
+  AddUsbNode("hidraw7", "0003:FFF0:0070.0004", PanelUevent("0070", "usb-0000:00:14.0-7/input0"));
+  source_->Overrun();
+  EXPECT_EQ(watch_->DispatchPending(), 4u);
+  EXPECT_EQ(seen_, (std::vector<SeenEvent>{{platform::DeviceEvent::Removal, kRadioPath},
+                                           {platform::DeviceEvent::Removal, autopilotPath},
+                                           {platform::DeviceEvent::Arrival, kRadioPath},
+                                           {platform::DeviceEvent::Arrival, squawkPath}}));
+  // The rescan's picture holds: the lost autopilot's removal, when it does come,
+  // is not reported again.
+  source_->Push(KernelEvent("remove", "/devices/pci0000:00/usb1/1-hidraw6/1-hidraw6:1.0/0003:FFF0:0060.0003/hidraw/hidraw6",
+                            "hidraw", "hidraw6"));
+  EXPECT_EQ(watch_->DispatchPending(), 0u);
 }
 
 // Any local process may send a datagram to the watch's socket; only the
