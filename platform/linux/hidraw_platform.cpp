@@ -37,7 +37,7 @@ std::optional<ReportLengths> ReadDescriptorLengths(int fd) {
 NodeMap& Nodes() {
   // Never destroyed: reader and writer threads of a host that never called
   // Terminate may still open devices while the process exits.
-  static auto* nodes = new NodeMap(kSysfsRoot);
+  static auto* nodes = new NodeMap(kSysfsRoot, OpenUeventSocket(UeventGroup::Kernel));
   return *nodes;
 }
 

@@ -2,6 +2,12 @@
 // The hidraw nodes present and the device path of each: what the backend
 // looks a path up in when it opens a device, and what the hot-plug watch
 // describes a node with.
+//
+// Devices are opened by path all the time: every getter's handle, every
+// writer's own handle, and a writer retries its open while its panel is away.
+// So a lookup answers from the map, after taking in the kernel's pending
+// uevents (one system call when there are none); sysfs is scanned at Init,
+// and again only when events were lost.
 
 #include <map>
 #include <memory>
@@ -18,8 +24,10 @@ namespace pelm::linux_hid {
 
 class NodeMap {
  public:
-  // `sysfsRoot` is "/sys" on a running system.
-  explicit NodeMap(std::string sysfsRoot);
+  // `sysfsRoot` is "/sys" on a running system; `kernelEvents` the kernel's
+  // uevents, null when they cannot be had (every lookup then scans sysfs, the
+  // only way left to see a node that came or went).
+  NodeMap(std::string sysfsRoot, std::unique_ptr<UeventSource> kernelEvents);
 
   const std::string& SysfsRoot() const { return sysfsRoot_; }
 
@@ -38,9 +46,17 @@ class NodeMap {
   bool LastOpenFailed(const std::string& path) const;
 
  private:
+  std::vector<HidrawNode> RescanLocked();
+  std::optional<HidrawNode> RefreshLocked(const std::string& name);
+  // Applies the kernel's pending events; rescans when some were lost.
+  void TakeInEventsLocked();
+
   const std::string sysfsRoot_;
+  const std::unique_ptr<UeventSource> kernelEvents_;
   mutable std::mutex mutex_;
-  std::map<std::string, int> openErrors_;  // by path
+  bool scanned_ = false;
+  std::map<std::string, HidrawNode> nodes_;  // by node name
+  std::map<std::string, int> openErrors_;    // by path
 };
 
 }  // namespace pelm::linux_hid

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <deque>
 #include <ostream>
 #include <string>
 #include <utility>
@@ -18,23 +17,6 @@
 
 namespace pelm::linux_hid {
 namespace {
-
-class FakeUeventSource : public UeventSource {
- public:
-  int Descriptor() const override { return -1; }
-  ReceiveResult Receive(UeventDatagram& datagram) override {
-    if (queued_.empty()) return ReceiveResult::Empty;
-    auto [result, next] = std::move(queued_.front());
-    queued_.pop_front();
-    datagram = std::move(next);
-    return result;
-  }
-  void Push(UeventDatagram datagram) { queued_.emplace_back(ReceiveResult::Datagram, std::move(datagram)); }
-  void Overrun() { queued_.emplace_back(ReceiveResult::Overrun, UeventDatagram{}); }
-
- private:
-  std::deque<std::pair<ReceiveResult, UeventDatagram>> queued_;
-};
 
 struct SeenEvent {
   platform::DeviceEvent event;
@@ -51,8 +33,8 @@ class UeventWatchTest : public test::FakeSysfsTest {
  protected:
   void StartWatch(UeventGroup group = UeventGroup::Kernel) {
     watch_.reset();
-    nodes_ = std::make_unique<NodeMap>(root.string());
-    auto source = std::make_unique<FakeUeventSource>();
+    nodes_ = std::make_unique<NodeMap>(root.string(), nullptr);
+    auto source = std::make_unique<test::FakeUeventSource>();
     source_ = source.get();
     watch_ = std::make_unique<UeventWatch>(*nodes_, std::move(source), group,
                                            [this](platform::DeviceEvent event, const char* path) {
@@ -66,7 +48,7 @@ class UeventWatchTest : public test::FakeSysfsTest {
   }
 
   std::unique_ptr<NodeMap> nodes_;
-  FakeUeventSource* source_ = nullptr;
+  test::FakeUeventSource* source_ = nullptr;
   std::unique_ptr<UeventWatch> watch_;
   std::vector<SeenEvent> seen_;
 };
@@ -178,6 +160,36 @@ TEST_F(UeventWatchTest, AnOverrunIsAnsweredByARescanThatReconcilesThePaths) {
   source_->Push(KernelEvent("remove", "/devices/pci0000:00/usb1/1-hidraw6/1-hidraw6:1.0/0003:FFF0:0060.0003/hidraw/hidraw6",
                             "hidraw", "hidraw6"));
   EXPECT_EQ(watch_->DispatchPending(), 0u);
+}
+
+// Devices are opened by path all the time (a writer retries its open while its
+// panel is away): the map answers from what it knows and the kernel's events,
+// never with a scan of sysfs.
+TEST_F(UeventWatchTest, TheNodeMapFollowsTheKernelsEventsAndScansOnlyWhenTheyWereLost) {
+  const std::string buttonsPath = "HIDRAW:FFF0:0020:USB-0000:00:14.0-5/INPUT0";
+  auto owned = std::make_unique<test::FakeUeventSource>();
+  test::FakeUeventSource& events = *owned;
+  NodeMap nodes(root.string(), std::move(owned));
+  const std::string radioDevpath = PlugRadio();
+  EXPECT_EQ(nodes.Rescan().size(), 1u);
+
+  const std::string buttonsDevpath = AddUsbNode("hidraw5", "0003:FFF0:0020.0002", PanelUevent("0020", "usb-0000:00:14.0-5/input0"));
+  EXPECT_FALSE(nodes.Find(buttonsPath)) << "found by a scan";
+  events.Push(KernelEvent("add", buttonsDevpath, "hidraw", "hidraw5"));
+  ASSERT_TRUE(nodes.Find(buttonsPath));
+  EXPECT_EQ(nodes.Find(buttonsPath)->node, "hidraw5");
+
+  RemoveUsbNode("hidraw3");
+  EXPECT_TRUE(nodes.Find(kRadioPath)) << "forgotten without an event";
+  events.Push(KernelEvent("remove", radioDevpath, "hidraw", "hidraw3"));
+  EXPECT_FALSE(nodes.Find(kRadioPath));
+
+  // Lost events: the next lookup rescans.
+  PlugRadio("hidraw3", "0003:FFF0:0050.0009");
+  RemoveUsbNode("hidraw5");
+  events.Overrun();
+  EXPECT_TRUE(nodes.Find(kRadioPath));
+  EXPECT_FALSE(nodes.Find(buttonsPath));
 }
 
 // Any local process may send a datagram to the watch's socket; only the

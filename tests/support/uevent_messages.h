@@ -1,9 +1,12 @@
 #pragma once
-// Uevent datagrams as the kernel and udevd put them on the netlink socket.
+// Uevent datagrams as the kernel and udevd put them on the netlink socket, and
+// a source that hands them out.
 
 #include <cstdint>
 #include <cstring>
+#include <deque>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/linux/uevent_source.h"
@@ -45,5 +48,24 @@ inline linux_hid::UeventDatagram FromKernel(std::string bytes) {
 inline linux_hid::UeventDatagram FromUdevd(std::string bytes) {
   return {std::move(bytes), kUdevdPortId, static_cast<uint32_t>(linux_hid::UeventGroup::Udev), 0};
 }
+
+class FakeUeventSource : public linux_hid::UeventSource {
+ public:
+  int Descriptor() const override { return -1; }
+  linux_hid::ReceiveResult Receive(linux_hid::UeventDatagram& datagram) override {
+    if (queued_.empty()) return linux_hid::ReceiveResult::Empty;
+    auto [result, next] = std::move(queued_.front());
+    queued_.pop_front();
+    datagram = std::move(next);
+    return result;
+  }
+  void Push(linux_hid::UeventDatagram datagram) {
+    queued_.emplace_back(linux_hid::ReceiveResult::Datagram, std::move(datagram));
+  }
+  void Overrun() { queued_.emplace_back(linux_hid::ReceiveResult::Overrun, linux_hid::UeventDatagram{}); }
+
+ private:
+  std::deque<std::pair<linux_hid::ReceiveResult, linux_hid::UeventDatagram>> queued_;
+};
 
 }  // namespace pelm::test
