@@ -1,11 +1,15 @@
 #include "platform/linux/node_map.h"
 
+#include <algorithm>
+
 #include "platform/linux/uevent_message.h"
 
 namespace pelm::linux_hid {
 namespace {
 
 constexpr char kHidrawSubsystem[] = "hidraw";
+// Between a shared path and the HID device's name that sets a node apart.
+constexpr char kDuplicateSeparator = '#';
 
 }  // namespace
 
@@ -53,21 +57,46 @@ std::vector<HidrawNode> NodeMap::RescanLocked() {
     while (kernelEvents_->Receive(stale) != ReceiveResult::Empty) {
     }
   }
-  std::vector<HidrawNode> present = ScanHidrawNodes(sysfsRoot_);
-  nodes_.clear();
-  for (const HidrawNode& node : present) nodes_[node.node] = node;
+  std::map<std::string, HidrawNode> before;
+  before.swap(nodes_);
+  std::vector<HidrawNode> scanned = ScanHidrawNodes(sysfsRoot_);
+  const auto knownBefore = [&before](const HidrawNode& node) {
+    const auto known = before.find(node.node);
+    return known != before.end() && known->second.hidDevice == node.hidDevice ? &known->second : nullptr;
+  };
+  // Nodes known before are placed first, so that they keep their paths.
+  for (HidrawNode& node : scanned) {
+    if (const HidrawNode* known = knownBefore(node)) {
+      node.path = known->path;
+      node = PlaceLocked(std::move(node));
+    }
+  }
+  for (HidrawNode& node : scanned) {
+    if (!knownBefore(node)) node = PlaceLocked(std::move(node));
+  }
   scanned_ = true;
-  return present;
+  return scanned;
 }
 
 std::optional<HidrawNode> NodeMap::RefreshLocked(const std::string& name) {
   std::optional<HidrawNode> node = DescribeNode(sysfsRoot_, name);
-  if (node) {
-    nodes_[name] = *node;
-  } else {
-    nodes_.erase(name);
+  const auto known = nodes_.find(name);
+  if (known != nodes_.end()) {
+    if (node && known->second.hidDevice == node->hidDevice) node->path = known->second.path;
+    nodes_.erase(known);
   }
-  return node;
+  if (!node) return std::nullopt;
+  return PlaceLocked(std::move(*node));
+}
+
+const HidrawNode& NodeMap::PlaceLocked(HidrawNode node) {
+  const bool taken = std::any_of(nodes_.begin(), nodes_.end(), [&node](const auto& other) {
+    return SamePathIgnoringCase(other.second.path, node.path);
+  });
+  // The kernel names HID devices in upper-case hexadecimal, as paths are kept.
+  if (taken) node.path += kDuplicateSeparator + node.hidDevice;
+  const std::string name = node.node;
+  return nodes_[name] = std::move(node);
 }
 
 void NodeMap::TakeInEventsLocked() {

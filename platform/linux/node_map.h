@@ -3,6 +3,10 @@
 // looks a path up in when it opens a device, and what the hot-plug watch
 // describes a node with.
 //
+// Where two present nodes would have the same path (virtual devices that
+// nothing tells apart), the one that had it keeps it and the other's path gets
+// its HID device's sysfs name: unique, though not kept across a replug.
+//
 // Devices are opened by path all the time: every getter's handle, every
 // writer's own handle, and a writer retries its open while its panel is away.
 // So a lookup answers from the map, after taking in the kernel's pending
@@ -48,6 +52,8 @@ class NodeMap {
  private:
   std::vector<HidrawNode> RescanLocked();
   std::optional<HidrawNode> RefreshLocked(const std::string& name);
+  // Records `node`, giving it a path no other node has.
+  const HidrawNode& PlaceLocked(HidrawNode node);
   // Applies the kernel's pending events; rescans when some were lost.
   void TakeInEventsLocked();
 

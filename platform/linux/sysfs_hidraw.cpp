@@ -17,6 +17,9 @@ namespace {
 constexpr std::string_view kHidrawPrefix = "hidraw";
 // HID_ID is "bus:vendor:product", each in hexadecimal (4, 8 and 8 digits).
 constexpr std::size_t kHidIdFields = 3;
+constexpr uint32_t kBusUsb = 0x0003;
+// Between the physical path and the serial number, off USB.
+constexpr char kSerialSeparator = '/';
 
 std::optional<std::string> ReadFile(const fs::path& file) {
   std::ifstream in(file);
@@ -88,7 +91,11 @@ std::optional<std::string> DevicePathFor(const std::map<std::string, std::string
   const auto fields = ParseHidId(id->second);
   if (!fields) return std::nullopt;
   const auto phys = hidUevent.find("HID_PHYS");
-  const std::string identity = phys != hidUevent.end() && !phys->second.empty() ? phys->second : sysfsName;
+  std::string identity = phys != hidUevent.end() && !phys->second.empty() ? phys->second : sysfsName;
+  const auto uniq = hidUevent.find("HID_UNIQ");
+  if ((*fields)[0] != kBusUsb && uniq != hidUevent.end() && !uniq->second.empty()) {
+    identity += kSerialSeparator + uniq->second;
+  }
   char prefix[32];
   std::snprintf(prefix, sizeof prefix, "HIDRAW:%04X:%04X:", (*fields)[1] & 0xFFFF, (*fields)[2] & 0xFFFF);
   return Upper(prefix + identity);
@@ -110,6 +117,7 @@ std::optional<HidrawNode> DescribeNode(const std::string& sysfsRoot, const std::
 
   HidrawNode described;
   described.node = node;
+  described.hidDevice = hidDevice.filename().string();
   // The uevent DEVPATH: the node's directory below the sysfs root, with a leading slash.
   described.devpath = (fs::path("/") / nodeDir.lexically_relative(fs::canonical(root, error))).string();
   const auto fields = ParseHidId(values.at("HID_ID"));

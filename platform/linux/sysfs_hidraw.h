@@ -6,7 +6,9 @@
 // so the path is built from the kernel's physical path of the HID device
 // (HID_PHYS: the port and interface, the same for the same panel on the same
 // port). A HID device without one (some virtual devices) falls back on its
-// sysfs name, which is unique while it is present.
+// sysfs name, which is unique while it is present. Off USB the physical path
+// names the bus's controller, shared by every device on it (a Bluetooth
+// adapter's address), so there the serial number (HID_UNIQ) is added.
 
 #include <cstdint>
 #include <map>
@@ -18,8 +20,9 @@
 namespace pelm::linux_hid {
 
 struct HidrawNode {
-  std::string node;     // "hidraw3": the character device is /dev/hidraw3
-  std::string devpath;  // the node's sysfs path below the sysfs root, as uevents name it
+  std::string node;       // "hidraw3": the character device is /dev/hidraw3
+  std::string devpath;    // the node's sysfs path below the sysfs root, as uevents name it
+  std::string hidDevice;  // the HID device's sysfs name, e.g. "0003:FFF0:0050.0007": unique while present
   uint16_t vendorId = 0;
   uint16_t productId = 0;
   uint16_t versionNumber = 0;  // bcdDevice of the USB device above; 0 without one
@@ -32,7 +35,8 @@ std::map<std::string, std::string> ParseUeventFile(std::string_view text);
 
 // The device path for a HID device with these uevent values, or nullopt when
 // HID_ID is missing or malformed. `sysfsName` is the HID device's directory
-// name, the fallback identity.
+// name, the fallback identity. Two devices may get the same path (identical
+// virtual devices); the node map tells them apart.
 std::optional<std::string> DevicePathFor(const std::map<std::string, std::string>& hidUevent,
                                          const std::string& sysfsName);
 

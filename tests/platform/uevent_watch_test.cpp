@@ -192,6 +192,39 @@ TEST_F(UeventWatchTest, TheNodeMapFollowsTheKernelsEventsAndScansOnlyWhenTheyWer
   EXPECT_FALSE(nodes.Find(buttonsPath));
 }
 
+// Panels that their HID devices do not tell apart by physical path (all
+// Bluetooth panels on one adapter; uhid devices made with one phys) still get
+// one path each: the serial number when the bus is not USB, else the HID
+// device's sysfs name for all but the first.
+TEST_F(UeventWatchTest, PanelsThatShareAPhysicalPathGetDistinctPaths) {
+  const std::string adapter = "00:1a:7d:da:71:13";
+  const auto bluetooth = [](const std::string& phys, const std::string& uniq) {
+    return "HID_ID=0005:0000FFF0:00000050\nHID_PHYS=" + phys + "\nHID_UNIQ=" + uniq + "\n";
+  };
+  AddUsbNode("hidraw1", "0005:FFF0:0050.0001", bluetooth(adapter, "c4:11:00:00:00:01"), "");
+  AddUsbNode("hidraw2", "0005:FFF0:0050.0002", bluetooth(adapter, "c4:11:00:00:00:02"), "");
+  AddUsbNode("hidraw3", "0003:FFF0:0020.0003", PanelUevent("0020", "virtual-panel"), "");
+  AddUsbNode("hidraw4", "0003:FFF0:0020.0004", PanelUevent("0020", "virtual-panel"), "");
+  NodeMap nodes(root.string(), std::make_unique<test::FakeUeventSource>());
+  std::vector<std::string> paths;
+  for (const HidrawNode& node : nodes.Rescan()) paths.push_back(node.path);
+  EXPECT_EQ(paths, (std::vector<std::string>{"HIDRAW:FFF0:0050:00:1A:7D:DA:71:13/C4:11:00:00:00:01",
+                                             "HIDRAW:FFF0:0050:00:1A:7D:DA:71:13/C4:11:00:00:00:02",
+                                             "HIDRAW:FFF0:0020:VIRTUAL-PANEL",
+                                             "HIDRAW:FFF0:0020:VIRTUAL-PANEL#0003:FFF0:0020.0004"}));
+  // The first keeps its path when the second comes back, and gets it back
+  // when it comes back itself.
+  RemoveUsbNode("hidraw4");
+  AddUsbNode("hidraw4", "0003:FFF0:0020.0006", PanelUevent("0020", "virtual-panel"), "");
+  ASSERT_TRUE(nodes.Refresh("hidraw4"));
+  EXPECT_EQ(nodes.Refresh("hidraw4")->path, "HIDRAW:FFF0:0020:VIRTUAL-PANEL#0003:FFF0:0020.0006");
+  EXPECT_EQ(nodes.Refresh("hidraw3")->path, "HIDRAW:FFF0:0020:VIRTUAL-PANEL");
+  RemoveUsbNode("hidraw3");
+  EXPECT_FALSE(nodes.Refresh("hidraw3"));
+  AddUsbNode("hidraw5", "0003:FFF0:0020.0007", PanelUevent("0020", "virtual-panel"), "");
+  EXPECT_EQ(nodes.Refresh("hidraw5")->path, "HIDRAW:FFF0:0020:VIRTUAL-PANEL");
+}
+
 // Any local process may send a datagram to the watch's socket; only the
 // kernel speaks on its group, and only root (udevd) on udev's.
 TEST_F(UeventWatchTest, MessagesFromAnyoneButTheKernelOrUdevdAreIgnored) {
