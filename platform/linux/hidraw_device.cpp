@@ -33,9 +33,11 @@ HidrawDevice::HidrawDevice(int fd, HidrawNode node, ReportLengths lengths)
 
 HidrawDevice::~HidrawDevice() { close(fd_); }
 
+int HidrawDevice::Control(unsigned long request, void* argument) { return ioctl(fd_, request, argument); }
+
 bool HidrawDevice::GetAttributes(platform::HidAttributes& attributes) {
   hidraw_devinfo info{};
-  if (ioctl(fd_, HIDIOCGRAWINFO, &info) < 0) return false;
+  if (Control(HIDIOCGRAWINFO, &info) < 0) return false;
   attributes = {static_cast<uint16_t>(info.vendor), static_cast<uint16_t>(info.product), node_.versionNumber};
   return true;
 }
@@ -48,11 +50,13 @@ bool HidrawDevice::GetCaps(platform::HidCaps& caps) {
 // hidraw keeps byte 0 as the report number on feature transfers and output
 // writes, 0 for devices without report IDs, as Windows does.
 bool HidrawDevice::GetFeature(uint8_t* report, uint32_t length) {
-  return ioctl(fd_, HIDIOCGFEATURE(length), report) >= 0;
+  // The ioctl gives the number of bytes the device answered with; the rest of
+  // the buffer is whatever it held before, not the device's.
+  return Control(HIDIOCGFEATURE(length), report) == static_cast<int>(length);
 }
 
 bool HidrawDevice::SetFeature(const uint8_t* report, uint32_t length) {
-  return ioctl(fd_, HIDIOCSFEATURE(length), report) >= 0;
+  return Control(HIDIOCSFEATURE(length), const_cast<uint8_t*>(report)) >= 0;
 }
 
 bool HidrawDevice::WriteOutput(const uint8_t* report, uint32_t length) {

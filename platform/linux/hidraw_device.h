@@ -40,6 +40,10 @@ class HidrawDevice : public platform::HidDevice {
   platform::ReadStatus ReadInput(uint8_t* buffer, uint32_t length, uint32_t& bytesRead,
                                  platform::ReadCancel& cancel) override;
 
+ protected:
+  // The hidraw ioctl, a seam for tests of what devices answer.
+  virtual int Control(unsigned long request, void* argument);
+
  private:
   const int fd_;
   const HidrawNode node_;

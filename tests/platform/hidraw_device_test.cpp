@@ -77,5 +77,27 @@ TEST_F(HidrawDeviceTest, ADeviceThatGoesAwayFailsTheRead) {
   EXPECT_EQ(device->ReadInput(buffer, sizeof buffer, bytesRead, cancel), ReadStatus::Failed);
 }
 
+// A device that answers a feature read with fewer bytes than asked for.
+class ShortAnsweringDevice : public HidrawDevice {
+ public:
+  ShortAnsweringDevice(int fd, int answerLength) : HidrawDevice(fd, HidrawNode{}, {4, 4, 4, true}), answer_(answerLength) {}
+
+ protected:
+  int Control(unsigned long, void*) override { return answer_; }
+
+ private:
+  const int answer_;
+};
+
+TEST_F(HidrawDeviceTest, AFeatureReadIsGoodOnlyWhenTheDeviceGaveEveryByteAskedFor) {
+  uint8_t report[4] = {2};
+  for (const auto& [answered, good] : {std::pair{4, true}, {3, false}, {1, false}, {0, false}, {-1, false}}) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    close(ends[1]);
+    EXPECT_EQ(ShortAnsweringDevice(ends[0], answered).GetFeature(report, sizeof report), good) << answered << " bytes";
+  }
+}
+
 }  // namespace
 }  // namespace pelm::linux_hid
