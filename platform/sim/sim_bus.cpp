@@ -21,7 +21,7 @@ std::size_t SimDevice::UnreadInput() const {
 void SimDevice::InjectInput(const Report& report) {
   {
     std::lock_guard hold(mutex_);
-    if (input_.size() == kInputBufferDepth) input_.pop_front();
+    if (input_.size() == kInputBufferDepth) return;
     input_.push_back(report);
   }
   changed_.notify_all();

@@ -56,13 +56,15 @@ class SimDevice {
   PanelType& PanelAs() { return static_cast<PanelType&>(*panel_); }
   bool Present() const;
 
-  // Queues an input report (byte 0 is the report ID) for the reader. Like a
-  // HID driver, the device buffers at most kInputBufferDepth unread reports and
-  // drops the oldest beyond that.
+  // Queues an input report (byte 0 is the report ID) for the reader. As
+  // hidraw does for an open node, the device buffers at most
+  // kInputBufferDepth unread reports and drops the newest beyond that, so a
+  // reader that falls behind is left with stale reports.
   void InjectInput(const Report& report);
   // Injected reports the reader has not taken yet.
   std::size_t UnreadInput() const;
-  static constexpr std::size_t kInputBufferDepth = 32;
+  // hidraw's ring of 64 entries, one of which always stays free.
+  static constexpr std::size_t kInputBufferDepth = 63;
 
   std::vector<LogEntry> Log() const;
   // Logged entries of one kind, in order.

@@ -36,6 +36,24 @@ TEST_F(SimBusTest, WithLoggingOffSendsAreCountedButTheirBytesAreNotKept) {
   EXPECT_EQ(device->CountOf(sim::LogOp::SetFeature), 0u);
 }
 
+// As hidraw does for each open node: a full buffer drops what comes, not what
+// waits.
+TEST_F(SimBusTest, ADeviceKeepsTheFirstUnreadReportsAndDropsTheNewestWhenFull) {
+  auto device = bus().Plug(PanelDescription(0x0200, 1));
+  platform::HidHandle handle = platform::OpenDevice(device->Description().path.c_str(), platform::OpenMode::Overlapped);
+  ASSERT_TRUE(handle);
+  constexpr int kInjected = 100;
+  for (int i = 0; i < kInjected; ++i) device->InjectInput({0, static_cast<uint8_t>(i)});
+  ASSERT_EQ(device->UnreadInput(), sim::SimDevice::kInputBufferDepth);
+  const auto cancel = platform::CreateReadCancel();
+  for (std::size_t i = 0; i < sim::SimDevice::kInputBufferDepth; ++i) {
+    uint8_t report[2] = {};
+    uint32_t bytesRead = 0;
+    ASSERT_EQ(handle->ReadInput(report, sizeof report, bytesRead, *cancel), platform::ReadStatus::Completed);
+    EXPECT_EQ(report[1], i);
+  }
+}
+
 // Terminate detaches the notifier and then frees it: a removal being reported
 // on another thread at that moment must have finished by then.
 TEST_F(SimBusTest, DetachingTheNotifierWaitsForANotificationUnderWay) {
