@@ -14,6 +14,22 @@ namespace {
 // reader.
 constexpr std::chrono::milliseconds kFailedReadPause{10};
 
+// A reader that rests between passes reads at most this many waiting reports
+// per pass: more than any HID driver buffers, so it always reaches the newest,
+// while a device that never stops sending cannot hold the reader.
+constexpr int kMostPendingReportsPerPass = 256;
+
+// While the reader rested the device went on reporting and its driver kept
+// the reports, oldest first: the newest is the one that tells where the
+// controls are now. `buffer` ends up holding it.
+void TakeNewestPending(platform::HidDevice& device, uint8_t* buffer, uint32_t length, uint32_t& bytesRead) {
+  uint32_t got = 0;
+  for (int taken = 0; taken < kMostPendingReportsPerPass; ++taken) {
+    if (device.ReadPendingInput(buffer, length, got) != platform::ReadStatus::Completed) return;
+    bytesRead = got;
+  }
+}
+
 // Reports of one value: the report ID, then the value.
 constexpr uint32_t kFeatureByteReportLength = 2;
 
@@ -180,6 +196,7 @@ void cHidChannel::ReaderLoop(platform::HidHandle device, std::shared_ptr<platfor
     uint32_t bytesRead = 0;
     const platform::ReadStatus status = device->ReadInput(buffer, readLength, bytesRead, *cancel);
     if (status == platform::ReadStatus::Completed) {
+      if (config_.readerPause.count() > 0) TakeNewestPending(*device, buffer, readLength, bytesRead);
       if (stopThreads_ != 0) break;
       bytesRead = std::min(bytesRead, readLength);
       std::fill(buffer + bytesRead, buffer + inputBufferLength_, uint8_t{0});

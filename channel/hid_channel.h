@@ -36,6 +36,8 @@ struct ChannelConfig {
   // Reports pending at most; also the cap of the writer's wake semaphore.
   uint32_t queueLimit = kFunctionBasedQueueLimit;
   // Pause at the end of every reader pass (the throttle quadrant's pacing).
+  // A reader that pauses hands on, of the reports waiting after its pause,
+  // only the newest: at most one input per pass, never a stale one.
   std::chrono::milliseconds readerPause{0};
   // The bytes the model's input handling reads. The input buffer is at least
   // this long, zero beyond what the device sent, so a device with shorter

@@ -36,7 +36,12 @@ struct HidCaps {
 // synchronous ones are the writers' own handles.
 enum class OpenMode { Overlapped, Synchronous };
 
-enum class ReadStatus { Completed, Failed, Cancelled };
+enum class ReadStatus {
+  Completed,
+  Failed,
+  Cancelled,
+  NothingPending,  // ReadPendingInput only: the device holds no unread report
+};
 
 // A one-way signal that ends a reader's wait. Once signalled, every read started
 // with it, and every wait on it, returns at once.
@@ -64,6 +69,10 @@ class HidDevice {
   // fails, or `cancel` is signalled.
   virtual ReadStatus ReadInput(uint8_t* buffer, uint32_t length, uint32_t& bytesRead,
                                ReadCancel& cancel) = 0;
+  // Takes the oldest input report the device holds now, without waiting:
+  // Completed, NothingPending, or Failed when the device is gone. A reader that
+  // rests between reads catches up with it.
+  virtual ReadStatus ReadPendingInput(uint8_t* buffer, uint32_t length, uint32_t& bytesRead) = 0;
 };
 
 // Shared so that a getter on a host thread keeps the handle it uses alive while

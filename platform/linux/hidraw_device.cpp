@@ -71,10 +71,6 @@ bool HidrawDevice::GetSerialNumber(std::u16string& serial) {
 
 platform::ReadStatus HidrawDevice::ReadInput(uint8_t* buffer, uint32_t length, uint32_t& bytesRead,
                                              platform::ReadCancel& cancel) {
-  // Reads of a device without report IDs come without the ID byte: it is put
-  // back as 0 so that byte 0 is the report ID on every platform.
-  const uint32_t idByte = lengths_.usesReportIds ? 0 : 1;
-  if (length <= idByte) return platform::ReadStatus::Failed;
   std::array<pollfd, 2> waits{{{fd_, POLLIN, 0}, {static_cast<EventFdCancel&>(cancel).Descriptor(), POLLIN, 0}}};
   for (;;) {
     if (poll(waits.data(), waits.size(), -1) < 0) {
@@ -83,8 +79,33 @@ platform::ReadStatus HidrawDevice::ReadInput(uint8_t* buffer, uint32_t length, u
     }
     if (waits[1].revents != 0) return platform::ReadStatus::Cancelled;
     if ((waits[0].revents & POLLIN) == 0) return platform::ReadStatus::Failed;  // gone: error or hang-up
+    const platform::ReadStatus status = TakeReport(buffer, length, bytesRead);
+    // Another reader of the node may have taken it first.
+    if (status != platform::ReadStatus::NothingPending) return status;
+  }
+}
+
+platform::ReadStatus HidrawDevice::ReadPendingInput(uint8_t* buffer, uint32_t length, uint32_t& bytesRead) {
+  pollfd wait{fd_, POLLIN, 0};
+  for (;;) {
+    const int ready = poll(&wait, 1, 0);
+    if (ready < 0 && errno == EINTR) continue;
+    if (ready < 0) return platform::ReadStatus::Failed;
+    if (ready == 0) return platform::ReadStatus::NothingPending;
+    if ((wait.revents & POLLIN) == 0) return platform::ReadStatus::Failed;
+    return TakeReport(buffer, length, bytesRead);
+  }
+}
+
+platform::ReadStatus HidrawDevice::TakeReport(uint8_t* buffer, uint32_t length, uint32_t& bytesRead) {
+  // Reads of a device without report IDs come without the ID byte: it is put
+  // back as 0 so that byte 0 is the report ID on every platform.
+  const uint32_t idByte = lengths_.usesReportIds ? 0 : 1;
+  if (length <= idByte) return platform::ReadStatus::Failed;
+  for (;;) {
     const ssize_t got = read(fd_, buffer + idByte, length - idByte);
-    if (got < 0 && (errno == EAGAIN || errno == EINTR)) continue;
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0 && errno == EAGAIN) return platform::ReadStatus::NothingPending;
     if (got <= 0) return platform::ReadStatus::Failed;
     if (idByte != 0) buffer[0] = 0;
     bytesRead = static_cast<uint32_t>(got) + idByte;

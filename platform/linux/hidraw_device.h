@@ -22,6 +22,9 @@ class EventFdCancel : public platform::ReadCancel {
   int Descriptor() const { return fd_; }
 
  private:
+  // One read of a node that poll found readable (or that may have nothing).
+  platform::ReadStatus TakeReport(uint8_t* buffer, uint32_t length, uint32_t& bytesRead);
+
   const int fd_;
 };
 
@@ -39,12 +42,16 @@ class HidrawDevice : public platform::HidDevice {
   bool GetSerialNumber(std::u16string& serial) override;
   platform::ReadStatus ReadInput(uint8_t* buffer, uint32_t length, uint32_t& bytesRead,
                                  platform::ReadCancel& cancel) override;
+  platform::ReadStatus ReadPendingInput(uint8_t* buffer, uint32_t length, uint32_t& bytesRead) override;
 
  protected:
   // The hidraw ioctl, a seam for tests of what devices answer.
   virtual int Control(unsigned long request, void* argument);
 
  private:
+  // One read of a node that poll found readable (or that may have nothing).
+  platform::ReadStatus TakeReport(uint8_t* buffer, uint32_t length, uint32_t& bytesRead);
+
   const int fd_;
   const HidrawNode node_;
   const ReportLengths lengths_;

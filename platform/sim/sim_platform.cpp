@@ -119,18 +119,29 @@ class SimHidDevice : public platform::HidDevice {
       } else if (!AliveLocked()) {
         status = platform::ReadStatus::Failed;
       } else {
-        const Report report = std::move(device_->input_.front());
-        device_->input_.pop_front();
-        bytesRead = static_cast<uint32_t>(std::min<std::size_t>(report.size(), length));
-        if (bytesRead > 0) std::memcpy(buffer, report.data(), bytesRead);  // an empty report has no data
-        status = platform::ReadStatus::Completed;
+        status = TakeReportLocked(buffer, length, bytesRead);
       }
     }
     simCancel.WaitOn(nullptr);
     return status;
   }
 
+  platform::ReadStatus ReadPendingInput(uint8_t* buffer, uint32_t length, uint32_t& bytesRead) override {
+    std::lock_guard hold(device_->mutex_);
+    if (!AliveLocked()) return platform::ReadStatus::Failed;
+    if (device_->input_.empty()) return platform::ReadStatus::NothingPending;
+    return TakeReportLocked(buffer, length, bytesRead);
+  }
+
  private:
+  platform::ReadStatus TakeReportLocked(uint8_t* buffer, uint32_t length, uint32_t& bytesRead) {
+    const Report report = std::move(device_->input_.front());
+    device_->input_.pop_front();
+    bytesRead = static_cast<uint32_t>(std::min<std::size_t>(report.size(), length));
+    if (bytesRead > 0) std::memcpy(buffer, report.data(), bytesRead);  // an empty report has no data
+    return platform::ReadStatus::Completed;
+  }
+
   bool Alive() const {
     std::lock_guard hold(device_->mutex_);
     return AliveLocked();

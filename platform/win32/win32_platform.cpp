@@ -48,6 +48,27 @@ class EventCancel : public platform::ReadCancel {
   const HANDLE event_;
 };
 
+// Takes a report the HID driver holds now, without waiting: a read that does
+// not complete at once is cancelled, and its outcome is what counts, since it
+// may have completed before the cancel reached it.
+platform::ReadStatus ReadPendingOverlapped(HANDLE handle, HANDLE event, uint8_t* buffer, uint32_t length,
+                                           uint32_t& bytesRead) {
+  OVERLAPPED request{};
+  request.hEvent = event;
+  ResetEvent(event);
+  DWORD got = 0;
+  if (!ReadFile(handle, buffer, length, &got, &request)) {
+    if (GetLastError() != ERROR_IO_PENDING) return platform::ReadStatus::Failed;
+    CancelIoEx(handle, &request);
+    if (!GetOverlappedResult(handle, &request, &got, TRUE)) {
+      return GetLastError() == ERROR_OPERATION_ABORTED ? platform::ReadStatus::NothingPending
+                                                       : platform::ReadStatus::Failed;
+    }
+  }
+  bytesRead = got;
+  return platform::ReadStatus::Completed;
+}
+
 class Win32HidDevice : public platform::HidDevice {
  public:
   Win32HidDevice(HANDLE handle, bool overlapped)
@@ -124,6 +145,12 @@ class Win32HidDevice : public platform::HidDevice {
     if (!GetOverlappedResult(handle_, &request, &got, TRUE)) return platform::ReadStatus::Failed;
     bytesRead = got;
     return platform::ReadStatus::Completed;
+  }
+
+  platform::ReadStatus ReadPendingInput(uint8_t* buffer, uint32_t length, uint32_t& bytesRead) override {
+    // A synchronous handle's read would wait; readers use overlapped ones.
+    if (!overlapped_) return platform::ReadStatus::Failed;
+    return ReadPendingOverlapped(handle_, ioEvent_, buffer, length, bytesRead);
   }
 
  private:

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <thread>
@@ -60,7 +61,10 @@ TEST_F(ThrottleTest, LeversAreCopiedAndContactsReversed) {
             PELM_ERR_NODEVICE);
 }
 
-TEST_F(ThrottleTest, AContinuouslySendingQuadrantIsReadAtMostTwentyTimesASecond) {
+// The quadrant's lever noise keeps it sending; the device buffers a few dozen
+// reports and drops what comes when they are unread. The host hears from it
+// at most twenty times a second, and always of where the levers are now.
+TEST_F(ThrottleTest, AContinuouslySendingQuadrantIsReadAtMostTwentyTimesASecondAndItsLastPositionArrives) {
   auto device = Plug(kThrottleId, 1);
   PelmDev_Init(nullptr);
   InputCapture capture(sizeof(ThrottleInputRecord));
@@ -77,6 +81,22 @@ TEST_F(ThrottleTest, AContinuouslySendingQuadrantIsReadAtMostTwentyTimesASecond)
   const std::size_t reported = capture.Count();
   EXPECT_GT(reported, 0u);
   EXPECT_LE(reported, kMostExpected);
+
+  // Lever 2, never moved in the loop, goes to its stop and stays there, the
+  // quadrant still sending. The next callback but one at the latest tells it.
+  constexpr uint8_t kLastPosition = 0xAB;
+  const std::size_t before = capture.Count();
+  const auto atLastPosition = [](const CapturedInput& call) {
+    return call.As<ThrottleInputRecord>().axisVals[1] == kLastPosition;
+  };
+  ASSERT_TRUE(WaitUntil([&] {
+    device->InjectInput({0, 0, kLastPosition, 0, 0, 0, 0, 0});
+    const std::vector<CapturedInput> calls = capture.Calls();
+    return std::any_of(calls.begin(), calls.end(), atLastPosition);
+  })) << "the host never saw the lever's last position";
+  const std::vector<CapturedInput> calls = capture.Calls();
+  const auto first = std::find_if(calls.begin() + static_cast<std::ptrdiff_t>(before), calls.end(), atLastPosition);
+  EXPECT_LE(first - calls.begin() - static_cast<std::ptrdiff_t>(before), 1) << "stale positions reached the host first";
 }
 
 }  // namespace
