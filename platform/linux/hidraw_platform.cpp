@@ -11,10 +11,11 @@
 #include "platform/linux/hidraw_device.h"
 #include "platform/linux/node_map.h"
 #include "platform/linux/report_descriptor.h"
-#include "platform/linux/shared_mutex.h"
 #include "platform/linux/uevent_source.h"
 #include "platform/linux/uevent_watch.h"
+#include "platform/linux/user_mutex.h"
 #include "platform/platform.h"
+#include "platform/posix/in_process_mutex.h"
 
 namespace pelm::linux_hid {
 namespace {
@@ -23,6 +24,10 @@ constexpr char kSysfsRoot[] = "/sys";
 constexpr char kDevRoot[] = "/dev/";
 // Present while the udev daemon runs.
 constexpr char kUdevControlSocket[] = "/run/udev/control";
+// Where the user's private runtime directory is, and where lock files go
+// without one (a system without a login manager, root in a container).
+constexpr char kRunUserRoot[] = "/run/user";
+constexpr char kFallbackLockRoot[] = "/tmp";
 
 std::optional<ReportLengths> ReadDescriptorLengths(int fd) {
   int size = 0;
@@ -54,16 +59,6 @@ class HidrawInterfaceList : public platform::InterfaceList {
 
  private:
   std::vector<std::string> paths_;
-};
-
-class LinuxNamedMutex : public platform::NamedMutex {
- public:
-  explicit LinuxNamedMutex(std::unique_ptr<SharedMutex> mutex) : mutex_(std::move(mutex)) {}
-  bool LockFor(std::chrono::milliseconds timeout) override { return mutex_->LockFor(timeout); }
-  void Unlock() override { mutex_->Unlock(); }
-
- private:
-  const std::unique_ptr<SharedMutex> mutex_;
 };
 
 }  // namespace
@@ -105,10 +100,15 @@ std::unique_ptr<DeviceNotifier> StartDeviceNotifier(void* instance, DeviceEventH
                                                  std::move(handler));
 }
 
+// Shared by the user's processes, never by another user's: derived from the
+// user's id, not from the environment, as the library reads none.
 std::unique_ptr<NamedMutex> CreateNamedMutex(const char* name) {
-  std::unique_ptr<linux_hid::SharedMutex> mutex = linux_hid::SharedMutex::Open(name);
-  if (!mutex) return nullptr;
-  return std::make_unique<linux_hid::LinuxNamedMutex>(std::move(mutex));
+  return std::make_unique<SharedNamedMutex<linux_hid::UserMutex>>(
+      SharedByName<linux_hid::UserMutex>(name, [name] {
+        const uid_t user = geteuid();
+        return std::make_shared<linux_hid::UserMutex>(
+            linux_hid::OpenUserLockDirectory(linux_hid::kRunUserRoot, linux_hid::kFallbackLockRoot, user), name, user);
+      }));
 }
 
 }  // namespace pelm::platform

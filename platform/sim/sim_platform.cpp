@@ -7,9 +7,9 @@
 #include <atomic>
 #include <cctype>
 #include <cstring>
-#include <map>
 
 #include "platform/platform.h"
+#include "platform/posix/in_process_mutex.h"
 #include "platform/sim/sim_bus.h"
 
 namespace pelm::sim {
@@ -220,41 +220,6 @@ class SimNotifier : public platform::DeviceNotifier {
   std::deque<std::pair<platform::DeviceEvent, std::string>> pending_;
 };
 
-// Named mutexes of the simulated backend are shared within the process. Built
-// on a condition variable rather than std::timed_mutex, whose timed lock goes
-// through a glibc call that ThreadSanitizer does not see.
-class ProcessMutex {
- public:
-  bool LockFor(std::chrono::milliseconds timeout) {
-    std::unique_lock hold(mutex_);
-    if (!released_.wait_for(hold, timeout, [this] { return !locked_; })) return false;
-    locked_ = true;
-    return true;
-  }
-  void Unlock() {
-    {
-      std::lock_guard hold(mutex_);
-      locked_ = false;
-    }
-    released_.notify_one();
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable released_;
-  bool locked_ = false;
-};
-
-class SimNamedMutex : public platform::NamedMutex {
- public:
-  explicit SimNamedMutex(std::shared_ptr<ProcessMutex> mutex) : mutex_(std::move(mutex)) {}
-  bool LockFor(std::chrono::milliseconds timeout) override { return mutex_->LockFor(timeout); }
-  void Unlock() override { mutex_->Unlock(); }
-
- private:
-  const std::shared_ptr<ProcessMutex> mutex_;
-};
-
 std::atomic<uint64_t> nextHandleId{1};
 
 }  // namespace
@@ -300,16 +265,10 @@ std::unique_ptr<DeviceNotifier> StartDeviceNotifier(void* instance, DeviceEventH
   return std::make_unique<sim::SimNotifier>(std::move(handler));
 }
 
+// Named mutexes of the simulated backend are shared within the process.
 std::unique_ptr<NamedMutex> CreateNamedMutex(const char* name) {
-  static std::mutex registryMutex;
-  static auto* registry = new std::map<std::string, std::weak_ptr<sim::ProcessMutex>>;
-  std::lock_guard hold(registryMutex);
-  std::shared_ptr<sim::ProcessMutex> mutex = (*registry)[name].lock();
-  if (!mutex) {
-    mutex = std::make_shared<sim::ProcessMutex>();
-    (*registry)[name] = mutex;
-  }
-  return std::make_unique<sim::SimNamedMutex>(mutex);
+  return std::make_unique<SharedNamedMutex<InProcessMutex>>(
+      SharedByName<InProcessMutex>(name, [] { return std::make_shared<InProcessMutex>(); }));
 }
 
 }  // namespace pelm::platform
