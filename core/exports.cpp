@@ -7,6 +7,7 @@
 #include "core/lifecycle.h"
 #include "core/pelm_dev.h"
 #include "core/pelm_dev_ext.h"
+#include "core/present_panels.h"
 #include "models/model_families.h"
 
 namespace pelm::exports {
@@ -42,3 +43,7 @@ uint32_t PelmDev_Terminate() { return core::Terminate(); }
 
 extern "C" PELM_API int PELM_CDECL PelmDevExt_EventDescriptor() { return ::pelm::core::EventDescriptor(); }
 extern "C" PELM_API uint32_t PELM_CDECL PelmDevExt_DispatchEvents() { return ::pelm::core::DispatchEvents(); }
+extern "C" PELM_API int32_t PELM_CDECL PelmDevExt_ListPresentPanels(PelmDevExt_PresentPanel* panels, uint32_t capacity,
+                                                                    uint32_t* count) {
+  return ::pelm::core::ListPresentPanels(panels, capacity, count);
+}

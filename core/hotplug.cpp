@@ -22,10 +22,7 @@ struct Placement {
 // The first slot, in probe order, whose object has this path (ignoring case).
 Placement FindByPath(const char* path) {
   for (const ModelDescriptor& model : ModelsInProbeOrder()) {
-    for (int32_t index = 0; index < model.slotCount; ++index) {
-      cHidChannel* object = ReadSlot(model, index);
-      if (object != nullptr && SamePath(object->DevicePath(), path)) return {&model, index, object};
-    }
+    if (const int32_t index = SlotWithPath(model, path); index >= 0) return {&model, index, ReadSlot(model, index)};
   }
   return {};
 }

@@ -24,6 +24,14 @@ void StoreSlot(const ModelDescriptor& model, int32_t index, cHidChannel* object)
 
 void ClearSlot(const ModelDescriptor& model, int32_t index) { TableOf(model)[index].store(nullptr); }
 
+int32_t SlotWithPath(const ModelDescriptor& model, const char* path) {
+  for (int32_t index = 0; index < model.slotCount; ++index) {
+    const cHidChannel* object = ReadSlot(model, index);
+    if (object != nullptr && SamePath(object->DevicePath(), path)) return index;
+  }
+  return -1;
+}
+
 int32_t LowestEmptySlot(const ModelDescriptor& model) {
   for (int32_t index = 0; index < model.slotCount; ++index) {
     if (ReadSlot(model, index) == nullptr) return index;

@@ -14,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace pelm::platform {
 
@@ -100,6 +101,24 @@ class InterfaceList {
 
 // Null when the list cannot be obtained.
 std::unique_ptr<InterfaceList> ListHidInterfaces();
+
+// A HID interface present now, whether or not this process may open it.
+struct PresentInterface {
+  std::string path;
+  std::string node;  // the OS's own name for it ("/dev/hidraw3"); empty where there is none
+  uint16_t vendorId = 0;
+  uint16_t productId = 0;
+};
+// Every present interface, from what the OS tells without opening them.
+std::vector<PresentInterface> ListPresentInterfaces();
+
+enum class OpenFailure { None, PermissionDenied, NotPresent, Other };
+struct OpenAttempt {
+  OpenFailure failure = OpenFailure::None;
+  int osError = 0;  // the OS's error number when the open failed
+};
+// Opens `path` and closes it again: whether this process may open it now.
+OpenAttempt TryOpen(const char* path);
 
 // Device arrival and removal, as the OS reports them.
 enum class DeviceEvent { Arrival, Removal };

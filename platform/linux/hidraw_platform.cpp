@@ -46,6 +46,17 @@ NodeMap& Nodes() {
   return *nodes;
 }
 
+// Opens the node's character device; -1 with errno set when that fails.
+int OpenNode(const HidrawNode& node, int flags) {
+  const int fd = open((kDevRoot + node.node).c_str(), flags);
+  const int error = fd < 0 ? errno : 0;
+  // Remembered so that a node that could not be opened (no permission yet) is
+  // looked at again when udev changes it.
+  Nodes().NoteOpenResult(node.path, error);
+  errno = error;
+  return fd;
+}
+
 class HidrawInterfaceList : public platform::InterfaceList {
  public:
   HidrawInterfaceList() {
@@ -69,11 +80,7 @@ namespace pelm::platform {
 HidHandle OpenDevice(const char* path, OpenMode mode) {
   std::optional<linux_hid::HidrawNode> node = linux_hid::Nodes().Find(path);
   if (!node) return nullptr;
-  const int flags = O_RDWR | O_CLOEXEC | (mode == OpenMode::Overlapped ? O_NONBLOCK : 0);
-  const int fd = open((linux_hid::kDevRoot + node->node).c_str(), flags);
-  // Remembered so that a node that could not be opened (no permission yet) is
-  // looked at again when udev changes it.
-  linux_hid::Nodes().NoteOpenResult(node->path, fd < 0 ? errno : 0);
+  const int fd = linux_hid::OpenNode(*node, O_RDWR | O_CLOEXEC | (mode == OpenMode::Overlapped ? O_NONBLOCK : 0));
   if (fd < 0) return nullptr;
   const std::optional<linux_hid::ReportLengths> lengths = linux_hid::ReadDescriptorLengths(fd);
   if (!lengths) {
@@ -81,6 +88,36 @@ HidHandle OpenDevice(const char* path, OpenMode mode) {
     return nullptr;
   }
   return std::make_shared<linux_hid::HidrawDevice>(fd, std::move(*node), *lengths);
+}
+
+OpenAttempt TryOpen(const char* path) {
+  const std::optional<linux_hid::HidrawNode> node = linux_hid::Nodes().Find(path);
+  if (!node) return {OpenFailure::NotPresent, ENOENT};
+  const int fd = linux_hid::OpenNode(*node, O_RDWR | O_CLOEXEC | O_NONBLOCK);
+  if (fd >= 0) {
+    close(fd);
+    return {};
+  }
+  const int error = errno;
+  switch (error) {
+    case EACCES:
+    case EPERM:
+      return {OpenFailure::PermissionDenied, error};
+    case ENOENT:
+    case ENODEV:
+    case ENXIO:
+      return {OpenFailure::NotPresent, error};
+    default:
+      return {OpenFailure::Other, error};
+  }
+}
+
+std::vector<PresentInterface> ListPresentInterfaces() {
+  std::vector<PresentInterface> present;
+  for (const linux_hid::HidrawNode& node : linux_hid::Nodes().Present()) {
+    present.push_back({node.path, linux_hid::kDevRoot + node.node, node.vendorId, node.productId});
+  }
+  return present;
 }
 
 std::shared_ptr<ReadCancel> CreateReadCancel() { return std::make_shared<linux_hid::EventFdCancel>(); }

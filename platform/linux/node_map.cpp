@@ -23,15 +23,23 @@ std::vector<HidrawNode> NodeMap::Rescan() {
 
 std::optional<HidrawNode> NodeMap::Find(std::string_view path) {
   std::lock_guard hold(mutex_);
-  if (!kernelEvents_ || !scanned_) {
-    RescanLocked();
-  } else {
-    TakeInEventsLocked();
-  }
+  CatchUpLocked();
   for (const auto& [name, node] : nodes_) {
     if (SamePathIgnoringCase(node.path, path)) return node;
   }
   return std::nullopt;
+}
+
+std::vector<HidrawNode> NodeMap::Present() {
+  std::lock_guard hold(mutex_);
+  CatchUpLocked();
+  std::vector<HidrawNode> present;
+  for (const auto& [name, node] : nodes_) present.push_back(node);
+  // Names differ only in their number: shorter is lower.
+  std::sort(present.begin(), present.end(), [](const HidrawNode& a, const HidrawNode& b) {
+    return a.node.size() != b.node.size() ? a.node.size() < b.node.size() : a.node < b.node;
+  });
+  return present;
 }
 
 std::optional<HidrawNode> NodeMap::Refresh(const std::string& name) {
@@ -97,6 +105,14 @@ const HidrawNode& NodeMap::PlaceLocked(HidrawNode node) {
   if (taken) node.path += kDuplicateSeparator + node.hidDevice;
   const std::string name = node.node;
   return nodes_[name] = std::move(node);
+}
+
+void NodeMap::CatchUpLocked() {
+  if (!kernelEvents_ || !scanned_) {
+    RescanLocked();
+  } else {
+    TakeInEventsLocked();
+  }
 }
 
 void NodeMap::TakeInEventsLocked() {

@@ -39,6 +39,8 @@ class NodeMap {
   std::vector<HidrawNode> Rescan();
   // The node whose device path is `path` (compared without regard to case).
   std::optional<HidrawNode> Find(std::string_view path);
+  // Every node present, in node-number order.
+  std::vector<HidrawNode> Present();
   // Describes node `name` (e.g. "hidraw3") afresh, as after its add or change
   // event; nullopt when it is gone or not a HID device's node.
   std::optional<HidrawNode> Refresh(const std::string& name);
@@ -54,6 +56,9 @@ class NodeMap {
   std::optional<HidrawNode> RefreshLocked(const std::string& name);
   // Records `node`, giving it a path no other node has.
   const HidrawNode& PlaceLocked(HidrawNode node);
+  // Brings the map up to date: the kernel's pending events, or a scan when
+  // there are none to follow.
+  void CatchUpLocked();
   // Applies the kernel's pending events; rescans when some were lost.
   void TakeInEventsLocked();
 

@@ -74,6 +74,11 @@ void SimDevice::FailOpens(bool fail) {
   failOpens_ = fail;
 }
 
+void SimDevice::DenyAccess(bool deny) {
+  std::lock_guard hold(mutex_);
+  denyAccess_ = deny;
+}
+
 void SimDevice::FailNextSends(int count) {
   std::lock_guard hold(mutex_);
   failSends_ = count;

@@ -84,6 +84,9 @@ class SimDevice {
 
   // Faults.
   void FailOpens(bool fail);
+  // Opens fail as for a user who may not open the device (TryOpen tells
+  // PermissionDenied); it stays present and listed.
+  void DenyAccess(bool deny);
   void FailNextSends(int count);  // feature sets and output writes
   void FailFeatureReads(bool fail);
   void SetOperationDelay(std::chrono::milliseconds delay);
@@ -93,6 +96,7 @@ class SimDevice {
   friend class SimHidDevice;
   friend class SimReadCancel;
   friend platform::HidHandle platform::OpenDevice(const char* path, platform::OpenMode mode);
+  friend platform::OpenAttempt platform::TryOpen(const char* path);
   SimDevice(DeviceDescription description, std::unique_ptr<Panel> panel);
 
   void Record(LogOp op, uint64_t handleId, platform::OpenMode mode, const uint8_t* bytes, std::size_t length,
@@ -114,6 +118,7 @@ class SimDevice {
   std::array<std::size_t, kLogOpCount> unloggedCounts_{};
   int openHandles_ = 0;
   bool failOpens_ = false;
+  bool denyAccess_ = false;
   int failSends_ = 0;
   bool failFeatureReads_ = false;
   std::chrono::milliseconds delay_{0};

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cctype>
+#include <cerrno>
 #include <cstring>
 
 #include "platform/platform.h"
@@ -163,6 +164,14 @@ bool SamePathIgnoringCase(const std::string& a, const char* b) {
          });
 }
 
+// The present device with this path (compared without regard to case).
+std::shared_ptr<SimDevice> FindPresent(const char* path) {
+  for (const std::string& present : Bus::Instance().PresentPaths()) {
+    if (SamePathIgnoringCase(present, path)) return Bus::Instance().Find(present);
+  }
+  return nullptr;
+}
+
 class SimInterfaceList : public platform::InterfaceList {
  public:
   explicit SimInterfaceList(std::vector<std::string> paths) : paths_(std::move(paths)) {}
@@ -228,16 +237,13 @@ std::atomic<uint64_t> nextHandleId{1};
 namespace pelm::platform {
 
 HidHandle OpenDevice(const char* path, OpenMode mode) {
-  std::shared_ptr<sim::SimDevice> device;
-  for (const std::string& present : sim::Bus::Instance().PresentPaths()) {
-    if (sim::SamePathIgnoringCase(present, path)) device = sim::Bus::Instance().Find(present);
-  }
+  std::shared_ptr<sim::SimDevice> device = sim::FindPresent(path);
   if (!device) return nullptr;
   device->Delay();
   uint64_t generation;
   {
     std::lock_guard hold(device->mutex_);
-    if (device->failOpens_ || !device->present_) {
+    if (device->failOpens_ || device->denyAccess_ || !device->present_) {
       generation = 0;
     } else {
       generation = device->generation_;
@@ -251,6 +257,27 @@ HidHandle OpenDevice(const char* path, OpenMode mode) {
   const uint64_t id = sim::nextHandleId++;
   device->Record(sim::LogOp::Open, id, mode, nullptr, 0, true);
   return std::make_shared<sim::SimHidDevice>(device, generation, id, mode);
+}
+
+OpenAttempt TryOpen(const char* path) {
+  std::shared_ptr<sim::SimDevice> device = sim::FindPresent(path);
+  if (!device) return {OpenFailure::NotPresent, ENOENT};
+  std::lock_guard hold(device->mutex_);
+  if (!device->present_) return {OpenFailure::NotPresent, ENOENT};
+  if (device->denyAccess_) return {OpenFailure::PermissionDenied, EACCES};
+  if (device->failOpens_) return {OpenFailure::Other, EIO};
+  return {};
+}
+
+std::vector<PresentInterface> ListPresentInterfaces() {
+  std::vector<PresentInterface> present;
+  for (const std::string& path : sim::Bus::Instance().PresentPaths()) {
+    if (const std::shared_ptr<sim::SimDevice> device = sim::Bus::Instance().Find(path)) {
+      const sim::DeviceDescription& description = device->Description();
+      present.push_back({path, {}, description.vendorId, description.productId});
+    }
+  }
+  return present;
 }
 
 std::shared_ptr<ReadCancel> CreateReadCancel() { return std::make_shared<sim::SimReadCancel>(); }

@@ -6,10 +6,13 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <climits>
 #include <cstring>
+#include <vector>
 
 #include "core/pelm_dev.h"
+#include "core/pelm_dev_ext.h"
 #include "support/guarded_memory.h"
 #include "support/library_fixture.h"
 
@@ -148,6 +151,48 @@ TEST_F(DeviceInfoTest, AnUnpluggedDeviceIsStillDescribedUntilTerminate) {
   EXPECT_EQ(PelmDev_GetDeviceInfo2(PELM_MODEL_MAPCTL, 0, &info2), PELM_SUCCESS);
   PelmDev_Terminate();
   EXPECT_EQ(PelmDev_GetDeviceInfo(PELM_MODEL_MAPCTL, 0, &info), PELM_ERR_NODEVICE);
+}
+
+// A panel the user may not open has no slot and no count: the presence query
+// is what tells it from no panel at all.
+TEST_F(DeviceInfoTest, PresentPanelsAreListedWithWhatKeepsThemClosed) {
+  constexpr uint16_t kRadioId = 0x0050;
+  Plug(kRadioId, 1);
+  Plug(kThrottleId, 1)->DenyAccess(true);
+  sim::DeviceDescription foreign = PanelDescription(kRadioId, 2);
+  foreign.vendorId = 0x1234;
+  bus().Plug(foreign);
+  PelmDev_Init(nullptr);
+  EXPECT_EQ(PelmThrottle_GetNumDevices(), 0u);
+
+  uint32_t count = 99;
+  ASSERT_EQ(PelmDevExt_ListPresentPanels(nullptr, 0, &count), PELM_SUCCESS);
+  EXPECT_EQ(count, 2u);
+  std::vector<PelmDevExt_PresentPanel> panels(3);
+  panels[1].modelType = -7;
+  ASSERT_EQ(PelmDevExt_ListPresentPanels(panels.data(), 1, &count), PELM_SUCCESS);
+  EXPECT_EQ(count, 2u);
+  EXPECT_EQ(panels[1].modelType, -7) << "written past the capacity";
+  ASSERT_EQ(PelmDevExt_ListPresentPanels(panels.data(), 3, &count), PELM_SUCCESS);
+  ASSERT_EQ(count, 2u);
+
+  EXPECT_EQ(panels[0].modelType, PELM_MODEL_RADIO);
+  EXPECT_EQ(panels[0].deviceIndex, 0);
+  EXPECT_EQ(panels[0].openInSlot, 1);
+  EXPECT_EQ(panels[0].openStatus, PELMEXT_OPEN_OK);
+  EXPECT_EQ(panels[1].modelType, PELM_MODEL_THROTTLE);
+  EXPECT_EQ(panels[1].deviceIndex, -1);
+  EXPECT_EQ(panels[1].openInSlot, 0);
+  EXPECT_EQ(panels[1].openStatus, PELMEXT_OPEN_PERMISSION_DENIED);
+  EXPECT_EQ(panels[1].osError, EACCES);
+  EXPECT_EQ(panels[1].devicePath, UpperCase(InterfacePath(kThrottleId, 1)));
+
+  EXPECT_EQ(PelmDevExt_ListPresentPanels(panels.data(), 3, nullptr), PELM_ERR_PARAM);
+  EXPECT_EQ(PelmDevExt_ListPresentPanels(nullptr, 1, &count), PELM_ERR_PARAM);
+  GuardedMemory guarded;
+  ASSERT_TRUE(guarded.Mapped());
+  EXPECT_EQ(PelmDevExt_ListPresentPanels(guarded.LastByteReadOnly<PelmDevExt_PresentPanel>(), 1, &count),
+            PELM_ERR_PARAM);
 }
 
 }  // namespace

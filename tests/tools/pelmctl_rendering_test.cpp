@@ -41,11 +41,11 @@ TEST(PelmctlSegmentReading, ReadsBackWhatTheEncoderWrote) {
 
 TEST(PelmctlDeviceFormats, EscapeAwkwardPathsAndSayWhatToDoWhenEmpty) {
   const ListedDevice device{"radio", "Radio panel", PELM_MODEL_RADIO, 0, false, "A\"B\\C\x01", 0x0100, ""};
-  const std::string json = FormatDeviceJson({device});
+  const std::string json = FormatDeviceJson({device}, {});
   EXPECT_NE(json.find(R"("path": "A\"B\\C\u0001")"), std::string::npos) << json;
   EXPECT_NE(json.find(R"("connected": false)"), std::string::npos);
-  EXPECT_EQ(FormatDeviceJson({}), "[]\n");
-  EXPECT_NE(FormatDeviceTable({}).find("No panels found"), std::string::npos);
+  EXPECT_EQ(FormatDeviceJson({}, {}), "[]\n");
+  EXPECT_NE(FormatDeviceTable({}, {}).find("No panels found"), std::string::npos);
 }
 
 class PelmctlCockpitViews : public pelm::test::SimTest {
@@ -66,9 +66,28 @@ TEST_F(PelmctlCockpitViews, ListMarksAnUnpluggedPanelAsRemoved) {
   PelmDev_Init(&hostInstance);
   cockpit_.Unplug(RadioPanelSim::kProductId, 2);
   ASSERT_TRUE(pelm::test::WaitUntil([] { return PelmDevExt_DispatchEvents() > 0; }));
-  const std::string table = FormatDeviceTable(CollectDevices());
+  const std::string table = FormatDeviceTable(CollectDevices(), CollectUnopenedPanels());
   EXPECT_NE(table.find("radio        0     connected"), std::string::npos) << table;
   EXPECT_NE(table.find("radio        1     removed"), std::string::npos) << table;
+}
+
+// A panel plugged in that the user may not open is no mystery: the list says
+// so and what to do.
+TEST_F(PelmctlCockpitViews, ListSaysWhyAPresentPanelIsNotOpenAndWhatToDo) {
+  bus().Plug(pelm::test::PanelDescription(RadioPanelSim::kProductId, 9))->DenyAccess(true);
+  PelmDev_Init(nullptr);
+  const std::vector<UnopenedPanel> unopened = CollectUnopenedPanels();
+  ASSERT_EQ(unopened.size(), 1u);
+  const std::string table = FormatDeviceTable(CollectDevices(), unopened);
+  EXPECT_NE(table.find("radio  " + pelm::test::InterfacePath(RadioPanelSim::kProductId, 9).substr(0, 4)),
+            std::string::npos)
+      << table;
+  EXPECT_NE(table.find("present, permission denied: add yourself to group plugdev (sudo usermod -aG plugdev "
+                       "$USER, then log in again) or install the rule (sudo cmake --install build/release && sudo "
+                       "udevadm control --reload && sudo udevadm trigger --subsystem-match=hidraw)"),
+            std::string::npos)
+      << table;
+  EXPECT_NE(FormatDeviceJson({}, unopened).find(R"("openStatus": 1, "osError": 13)"), std::string::npos);
 }
 
 TEST_F(PelmctlCockpitViews, DashboardDrawsTheDisplaysTheDevicesReceived) {

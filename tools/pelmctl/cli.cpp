@@ -136,7 +136,8 @@ int Run(int argc, const char* const* argv, const Environment& environment, std::
     if (list->parsed()) {
       const LibrarySession session(simulation);
       const std::vector<ListedDevice> devices = CollectDevices();
-      out << (arguments.json ? FormatDeviceJson(devices) : FormatDeviceTable(devices));
+      const std::vector<UnopenedPanel> unopened = CollectUnopenedPanels();
+      out << (arguments.json ? FormatDeviceJson(devices, unopened) : FormatDeviceTable(devices, unopened));
       return kExitSuccess;
     }
     if (monitor->parsed()) {
