@@ -21,10 +21,10 @@ extern "C" {
 namespace pelm::win32 {
 namespace {
 
-// SP_DEVICE_INTERFACE_DATA and the fixed part of SP_DEVICE_INTERFACE_DETAIL_DATA_A
-// as a 32-bit process sizes them.
-constexpr DWORD kInterfaceDataSize = 28;
-constexpr DWORD kInterfaceDetailSize = 5;
+// SetupDi checks these size fields against the process's own layout: 28 and 5
+// in a 32-bit process, 32 and 8 in a 64-bit one.
+constexpr DWORD kInterfaceDataSize = sizeof(SP_DEVICE_INTERFACE_DATA);
+constexpr DWORD kInterfaceDetailSize = sizeof(SP_DEVICE_INTERFACE_DETAIL_DATA_A);
 constexpr char kNotifyWindowClass[] = "PelmHIDDev Notify Window";
 constexpr char kNotifyWindowName[] = "DevNotify";
 // The notification handler works on a copy of the broadcast path this long.
