@@ -43,9 +43,12 @@ fuzz:
 	@cmake --preset fuzz >/dev/null && cmake --build --preset fuzz
 	@fuzz/run_fuzzers.sh build/fuzz $(FUZZ_SECONDS)
 
-# The builds for other targets and what proves them: the Windows DLLs' export
+# The builds for other targets and what proves them: a user's first release
+# build (every target, warnings as errors at -O3), the Windows DLLs' export
 # tables, the Linux shared library's, and both calling forms on 32-bit x86.
 platform-checks:
+	@echo "=== release build ==="
+	@cmake --preset release >/dev/null && cmake --build --preset release
 	@echo "=== PELMDEV.dll (32-bit Windows) ==="
 	@cmake --preset win32 >/dev/null && cmake --build --preset win32
 	@tests/exports/check_exports.sh dll build/win32/PELMDEV.dll tests/exports/expected_exports.txt
