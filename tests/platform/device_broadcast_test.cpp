@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -45,8 +46,7 @@ TEST(DeviceBroadcastTest, AnOddSizeEndsInsideTheLastUnit) {
   ASSERT_TRUE(ReadDeviceInterfacePath(bytes, path));
   EXPECT_EQ(std::string(path.data()), kPath);
   // An odd size that cuts the terminator leaves the path unterminated.
-  bytes.resize(bytes.size() - 2);
-  EXPECT_FALSE(ReadDeviceInterfacePath(bytes, path));
+  EXPECT_FALSE(ReadDeviceInterfacePath(std::span(bytes).first(bytes.size() - 2), path));
 }
 
 TEST(DeviceBroadcastTest, APathMustFitTheBufferWithItsTerminator) {
