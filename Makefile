@@ -2,7 +2,7 @@
 # configures, builds and runs.
 
 PACKAGES := cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev \
-            g++-mingw-w64-i686 gcc-multilib g++-multilib qemu-user \
+            g++-mingw-w64-i686 g++-mingw-w64-x86-64 gcc-multilib g++-multilib qemu-user \
             libcli11-dev \
             clang libclang-rt-14-dev \
             qemu-system-x86 linux-image-amd64 busybox-static cpio libhidapi-dev
@@ -43,12 +43,18 @@ fuzz:
 	@cmake --preset fuzz >/dev/null && cmake --build --preset fuzz
 	@fuzz/run_fuzzers.sh build/fuzz $(FUZZ_SECONDS)
 
-# The builds for other targets and what proves them: the Windows DLL's export
-# table, the Linux shared library's, and both calling forms on 32-bit x86.
+# The builds for other targets and what proves them: a user's first release
+# build (every target, warnings as errors at -O3), the Windows DLLs' export
+# tables, the Linux shared library's, and both calling forms on 32-bit x86.
 platform-checks:
+	@echo "=== release build ==="
+	@cmake --preset release >/dev/null && cmake --build --preset release
 	@echo "=== PELMDEV.dll (32-bit Windows) ==="
 	@cmake --preset win32 >/dev/null && cmake --build --preset win32
 	@tests/exports/check_exports.sh dll build/win32/PELMDEV.dll tests/exports/expected_exports.txt
+	@echo "=== PELMDEV.dll (64-bit Windows) ==="
+	@cmake --preset win64 >/dev/null && cmake --build --preset win64
+	@tests/exports/check_exports.sh dll64 build/win64/PELMDEV.dll tests/exports/expected_exports.txt
 	@echo "=== libpelmdev.so (x86-64 Linux) ==="
 	@tests/exports/check_exports.sh so build/debug/libpelmdev.so tests/exports/expected_exports.txt
 	@echo "=== 32-bit x86 Linux: calling forms ==="

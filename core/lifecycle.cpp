@@ -15,6 +15,9 @@ namespace {
 // An enumeration step that keeps failing is asked again this many times, then
 // its interface is skipped.
 constexpr int kEnumerationStepAttempts = 8;
+// After this many indices in a row have failed so, enumeration ends: an
+// enumerator that refuses every index never says that the list has ended.
+constexpr int kFailedIndicesBeforeEnd = 32;
 
 // Owned by the thread that calls Init and Terminate.
 std::unique_ptr<platform::DeviceNotifier> notifier;
@@ -71,9 +74,11 @@ uint32_t Init(void* instance) {
   if (!list) return 0;
   std::array<int32_t, kHighestTypeCode + 1> placed{};
   std::string path;
-  for (uint32_t index = 0;; ++index) {
+  int failedInARow = 0;
+  for (uint32_t index = 0; failedInARow < kFailedIndicesBeforeEnd; ++index) {
     const platform::InterfaceStep step = NextInterface(*list, index, path);
     if (step == platform::InterfaceStep::NoMoreItems) break;
+    failedInARow = step == platform::InterfaceStep::Failed ? failedInARow + 1 : 0;
     if (step != platform::InterfaceStep::Found || path.size() > kMaxDevicePathLength) continue;
     const ModelDescriptor* model = ProbeModels(path.c_str());
     if (model == nullptr || model->create == nullptr) continue;

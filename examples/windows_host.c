@@ -2,7 +2,8 @@
  * button panel follow its switches, and follows hot-plug through the library's
  * hidden window, which needs this thread to pump messages.
  *
- *   i686-w64-mingw32-gcc windows_host.c -I<include> -L<lib> -lPELMDEV -o windows_host.exe
+ *   i686-w64-mingw32-gcc windows_host.c -I<include> -Lbuild/win32 -lPELMDEV -o windows_host.exe
+ *   x86_64-w64-mingw32-gcc windows_host.c -I<include> -Lbuild/win64 -lPELMDEV -o windows_host.exe
  */
 #include <stdio.h>
 #include <windows.h>

@@ -34,7 +34,8 @@ struct HidCaps {
 };
 
 // Overlapped handles serve the reader, the getters and the direct writer;
-// synchronous ones are the writers' own handles.
+// synchronous ones are the writers' own handles. Windows opens both kinds
+// overlapped, so that every transfer can be bounded in time.
 enum class OpenMode { Overlapped, Synchronous };
 
 enum class ReadStatus {

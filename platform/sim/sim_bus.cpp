@@ -228,6 +228,7 @@ bool Bus::ListingFails() const {
 
 bool Bus::ConsumeListStepFailure() {
   std::lock_guard hold(mutex_);
+  if (failListSteps_ == kEveryListStep) return true;
   if (failListSteps_ <= 0) return false;
   --failListSteps_;
   return true;

@@ -141,7 +141,10 @@ class Bus {
   // Forgets every device and fault (between tests).
   void Reset();
 
-  // Enumeration faults: the list cannot be obtained, or the next `count` steps fail.
+  // Enumeration faults: the list cannot be obtained, or the next `count` steps
+  // fail (kEveryListStep: every step, as on a system whose enumerator refuses
+  // every request).
+  static constexpr int kEveryListStep = -1;
   void FailListing(bool fail);
   void FailNextListSteps(int count);
 

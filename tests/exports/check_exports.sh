@@ -1,13 +1,17 @@
 #!/usr/bin/env bash
 # Compares the names a built library exports with the documented list.
-#   check_exports.sh dll PELMDEV.dll expected_exports.txt
+#   check_exports.sh dll PELMDEV.dll expected_exports.txt      (32-bit Windows)
+#   check_exports.sh dll64 PELMDEV.dll expected_exports.txt    (64-bit Windows)
 #   check_exports.sh so libpelmdev.so expected_exports.txt
 # The Linux library also exports the hot-plug extension (PelmDevExt_*).
 set -euo pipefail
 kind=$1 binary=$2 expected=$3
 case "$kind" in
-  dll) actual=$(i686-w64-mingw32-objdump -p "$binary" |
-                  sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/p' | sed -n 's/^\s*\[ *[0-9]*\] //p') ;;
+  dll|dll64)
+    objdump=i686-w64-mingw32-objdump
+    [ "$kind" = dll64 ] && objdump=x86_64-w64-mingw32-objdump
+    actual=$("$objdump" -p "$binary" |
+               sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/p' | sed -n 's/^\s*\[ *[0-9]*\] //p') ;;
   so) actual=$(nm -D --defined-only "$binary" | awk '{print $3}' | grep -v '^PelmDevExt_') ;;
   *) echo "unknown kind $kind" >&2; exit 2 ;;
 esac
