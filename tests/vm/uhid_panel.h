@@ -12,16 +12,15 @@
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <condition_variable>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "platform/sim/panel.h"
+#include "testbed/panel_report_descriptor.h"
+#include "testbed/panel_transfers.h"
 
 namespace pelm::vm {
-
-using Report = std::vector<uint8_t>;
 
 struct PanelIdentity {
   uint16_t vendorId = 0;
@@ -30,22 +29,10 @@ struct PanelIdentity {
   std::string serial;  // HID_UNIQ; empty for none
 };
 
-enum class TransferKind { Feature, Output };
-
-struct Transfer {
-  TransferKind kind;
-  Report bytes;    // byte 0 is the report ID
-  bool accepted;   // false when the device was told to refuse it
-  bool operator==(const Transfer&) const = default;
-};
-
 class UhidPanel {
  public:
-  // Every report ID from 1 to this one is declared as input, output and
-  // feature report of kReportPayload bytes after the ID: the library then
-  // reads report lengths of 8, as a USB panel gives them.
-  static constexpr uint8_t kHighestReportId = 16;
-  static constexpr uint8_t kReportPayload = 7;
+  // The payload after the report ID of every report the panel declares.
+  static constexpr uint8_t kReportPayload = vm::kReportPayload;
 
   // Creates the device (the hidraw node follows asynchronously).
   UhidPanel(PanelIdentity identity, std::unique_ptr<sim::Panel> behaviour);
@@ -81,7 +68,6 @@ class UhidPanel {
   void Serve();
   void AnswerGetReport(uint32_t requestId, uint8_t reportId);
   void AnswerSetReport(uint32_t requestId, const uint8_t* data, uint16_t size);
-  void Record(TransferKind kind, const uint8_t* data, std::size_t size, bool accepted);
   bool Send(const void* event, std::size_t size);
 
   const PanelIdentity identity_;
@@ -89,10 +75,8 @@ class UhidPanel {
   const int uhid_;
   const int stop_;  // eventfd that ends the serving thread
 
+  TransferRecord transfers_;
   mutable std::mutex mutex_;
-  mutable std::condition_variable changed_;
-  std::vector<Transfer> received_;
-  int failSends_ = 0;
   bool failFeatureReads_ = false;
   bool open_ = false;
   std::thread server_;
