@@ -19,11 +19,15 @@
 namespace pelm::vm {
 namespace {
 
-constexpr uint16_t kFirstVersion = 0x0101;
+// bcdDevice holds binary-coded decimal digits: the gadget refuses anything else.
+constexpr uint16_t kFirstVersion = 0x0100;
 constexpr uint16_t kPaddedOutputVersion = 0x0200;
-constexpr uint16_t kFeatureReportVersion = 0x01FF;
+constexpr uint16_t kFeatureReportVersion = 0x0199;
 constexpr uint8_t kAutopilot2Brightness = 0x0E;
 constexpr uint8_t kPad = 0xDD;
+
+// A distinct version number for the i-th panel (i below 100).
+uint16_t VersionFor(std::size_t i) { return static_cast<uint16_t>(kFirstVersion | (i / 10) << 4 | i % 10); }
 
 class UsbPanelTest : public ::testing::Test {
  protected:
@@ -59,7 +63,7 @@ class UsbPanelTest : public ::testing::Test {
 
 TEST_F(UsbPanelTest, EveryModelEnumeratesWithItsUsbVersionNumberPhysicalPathAndSerial) {
   for (std::size_t i = 0; i < std::size(kModels); ++i) {
-    Add(kModels[i].productId, static_cast<uint16_t>(kFirstVersion + i), SerialFor(static_cast<int>(i)));
+    Add(kModels[i].productId, VersionFor(i), SerialFor(static_cast<int>(i)));
   }
   WaitForNodes();
   PelmDev_Init(nullptr);
@@ -71,7 +75,7 @@ TEST_F(UsbPanelTest, EveryModelEnumeratesWithItsUsbVersionNumberPhysicalPathAndS
     info.structSize = sizeof info;
     ASSERT_EQ(PelmDev_GetDeviceInfo2(model.typeCode, 0, &info), PELM_SUCCESS);
     EXPECT_EQ(info.devicePath, DevicePathFor(PELM_VENDOR_ID, model.productId, panels_[i]->PhysicalPath()));
-    EXPECT_EQ(info.versionNumber, kFirstVersion + i);
+    EXPECT_EQ(info.versionNumber, VersionFor(i));
     EXPECT_EQ(info.serialNumber, model.readsSerial ? SerialFor(static_cast<int>(i)) : std::string());
   }
 }
