@@ -6,12 +6,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "core/pelm_dev.h"
+#include "core/pelm_dev_ext.h"
 #include "platform/sim/panel.h"
+#include "testbed/panel_report_descriptor.h"
 #include "testbed/usb/gadget_panel.h"
 #include "tests/vm/vm_cockpit.h"
 #include "tests/vm/vm_models.h"
@@ -25,6 +28,19 @@ constexpr uint16_t kPaddedOutputVersion = 0x0200;
 constexpr uint16_t kFeatureReportVersion = 0x0199;
 constexpr uint8_t kAutopilot2Brightness = 0x0E;
 constexpr uint8_t kPad = 0xDD;
+constexpr uint8_t kInputReportId = 1;
+
+// One bit per model type code that an input callback named.
+std::atomic<uint32_t> modelsWithInput;
+void OnInput(int32_t modelType, int32_t, void*) { modelsWithInput |= 1u << modelType; }
+bool InputSeenFrom(int32_t modelType) { return (modelsWithInput.load() >> modelType & 1u) != 0; }
+
+std::atomic<int> connectEvents;
+std::atomic<int32_t> lastConnectEvent;
+void OnConnect(int32_t, int32_t, int32_t event) {
+  lastConnectEvent = event;
+  ++connectEvents;
+}
 
 // A distinct version number for the i-th panel (i below 100).
 uint16_t VersionFor(std::size_t i) { return static_cast<uint16_t>(kFirstVersion | (i / 10) << 4 | i % 10); }
@@ -33,6 +49,8 @@ class UsbPanelTest : public ::testing::Test {
  protected:
   void SetUp() override {
     ASSERT_TRUE(WaitUntil([] { return HidrawNodeCount() == 0; })) << "hidraw nodes left from an earlier test";
+    modelsWithInput = 0;
+    connectEvents = 0;
   }
   void TearDown() override {
     PelmDev_Terminate();
@@ -61,7 +79,7 @@ class UsbPanelTest : public ::testing::Test {
   std::vector<std::unique_ptr<GadgetPanel>> panels_;
 };
 
-TEST_F(UsbPanelTest, EveryModelEnumeratesWithItsUsbVersionNumberPhysicalPathAndSerial) {
+TEST_F(UsbPanelTest, EveryModelHasItsUsbVersionPathAndSerialAndReportsInputFromItsInterruptEndpoint) {
   for (std::size_t i = 0; i < std::size(kModels); ++i) {
     Add(kModels[i].productId, VersionFor(i), SerialFor(static_cast<int>(i)));
   }
@@ -78,6 +96,44 @@ TEST_F(UsbPanelTest, EveryModelEnumeratesWithItsUsbVersionNumberPhysicalPathAndS
     EXPECT_EQ(info.versionNumber, VersionFor(i));
     EXPECT_EQ(info.serialNumber, model.readsSerial ? SerialFor(static_cast<int>(i)) : std::string());
   }
+  ASSERT_EQ(PelmDev_RegisterInputCallback(OnInput), 1u);
+  for (std::size_t i = 0; i < std::size(kModels); ++i) {
+    SCOPED_TRACE(kModels[i].typeCode);
+    Report report(kPanelReportLength, 0);
+    report[0] = kInputReportId;
+    for (std::size_t b = 1; b < report.size(); ++b) report[b] = static_cast<uint8_t>(0x11 * b);
+    ASSERT_TRUE(panels_[i]->InjectInput(report));
+    EXPECT_TRUE(WaitUntil([&] { return InputSeenFrom(kModels[i].typeCode); }));
+  }
+}
+
+// The kernel reads bcdDevice again for the new USB device, on the same port.
+TEST_F(UsbPanelTest, ARepluggedUsbPanelReturnsToItsSlotWithItsPathAndVersion) {
+  static int instance;
+  PelmDev_Init(&instance);
+  ASSERT_GE(PelmDevExt_EventDescriptor(), 0);
+  ASSERT_EQ(PelmDev_RegisterConnectCallback(OnConnect), 1u);
+  auto pumpUntilEvents = [](int count) {
+    return WaitUntil([count] {
+      PelmDevExt_DispatchEvents();
+      return connectEvents.load() >= count;
+    });
+  };
+  GadgetPanel& panel = Add(Model(PELM_MODEL_RADIO).productId, kPaddedOutputVersion, SerialFor(1));
+  ASSERT_TRUE(pumpUntilEvents(1));
+  panel.Unplug();
+  ASSERT_TRUE(pumpUntilEvents(2));
+  EXPECT_EQ(lastConnectEvent.load(), PELM_EVENT_REMOVAL);
+  panel.Replug();
+  ASSERT_TRUE(pumpUntilEvents(3));
+  EXPECT_EQ(lastConnectEvent.load(), PELM_EVENT_ARRIVAL);
+  EXPECT_EQ(PelmRadio_GetNumDevices(), 1u);
+  PelmDevInfo2 info{};
+  info.structSize = sizeof info;
+  ASSERT_EQ(PelmDev_GetDeviceInfo2(PELM_MODEL_RADIO, 0, &info), PELM_SUCCESS);
+  EXPECT_EQ(info.devicePath, DevicePathFor(PELM_VENDOR_ID, panel.Identity().productId, panel.PhysicalPath()));
+  EXPECT_EQ(info.versionNumber, kPaddedOutputVersion);
+  EXPECT_EQ(info.serialNumber, SerialFor(1));
 }
 
 // Two sends while the panel refuses the first, and everything it then received:
