@@ -293,8 +293,13 @@ void GadgetPanel::AnswerSetup(const void* request) {
 
 void GadgetPanel::AnswerGetReport(uint8_t reportType, uint8_t reportId, uint16_t length) {
   uint8_t report[kPanelReportLength] = {reportId};
-  if (reportType == kFeatureReportType && !behaviour_->AnswerFeature(report, sizeof report)) return Stall(true);
-  Reply(report, sizeof report, length);
+  std::size_t size = sizeof report;
+  if (reportType == kFeatureReportType) {
+    const FeatureReads how = featureReads_;
+    if (how == FeatureReads::Refused || !behaviour_->AnswerFeature(report, sizeof report)) return Stall(true);
+    if (how == FeatureReads::IdOnly) size = sizeof reportId;
+  }
+  Reply(report, size, length);
 }
 
 void GadgetPanel::AnswerSetReport(uint8_t reportType, uint8_t reportId, uint16_t length) {

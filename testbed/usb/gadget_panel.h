@@ -16,6 +16,7 @@
 // Needs root, configfs mounted at /sys/kernel/config, and the dummy_hcd,
 // libcomposite, usb_f_fs and usbhid modules loaded (the test VM does this).
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -34,6 +35,13 @@ struct UsbIdentity {
   uint16_t productId = 0;
   uint16_t bcdDevice = 0;  // the version number the host reads
   std::string serial;      // the serial number string; empty for none
+};
+
+// How the panel answers GET_REPORT for a feature report.
+enum class FeatureReads {
+  Answered,     // the whole report, from the model's behaviour
+  IdOnly,       // a short answer: the report ID alone
+  Refused,      // a STALL
 };
 
 class GadgetPanel {
@@ -59,6 +67,7 @@ class GadgetPanel {
   // a STALL. The panel refuses before the data stage, so a refused transfer
   // is recorded with its report ID only.
   void FailNextSends(int count) { transfers_.RefuseNext(count); }
+  void AnswerFeatureReads(FeatureReads how) { featureReads_ = how; }
   std::vector<Transfer> Received() const { return transfers_.All(); }
   void ClearReceived() { transfers_.Clear(); }
   bool WaitForReceived(const std::function<bool(const std::vector<Transfer>&)>& predicate,
@@ -89,6 +98,7 @@ class GadgetPanel {
   int ep0_ = -1;
   int interruptIn_ = -1;
   TransferRecord transfers_;
+  std::atomic<FeatureReads> featureReads_ = FeatureReads::Answered;
   std::thread server_;
 };
 

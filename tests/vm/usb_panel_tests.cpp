@@ -136,6 +136,28 @@ TEST_F(UsbPanelTest, ARepluggedUsbPanelReturnsToItsSlotWithItsPathAndVersion) {
   EXPECT_EQ(info.serialNumber, SerialFor(1));
 }
 
+TEST_F(UsbPanelTest, AFeatureReadFailsWhenThePanelRefusesItOrAnswersShort) {
+  GadgetPanel& knobs = Add(Model(PELM_MODEL_KNOBS).productId, kFirstVersion);
+  WaitForNodes();
+  PelmDev_Init(nullptr);
+  ASSERT_EQ(PelmKnobs_SetIndicators(0, 0x5C), PELM_SUCCESS);
+  ASSERT_TRUE(knobs.WaitForReceived([](const std::vector<Transfer>& received) { return !received.empty(); }));
+  const struct {
+    FeatureReads how;
+    int32_t status;
+  } kAnswers[] = {{FeatureReads::Answered, PELM_SUCCESS}, {FeatureReads::IdOnly, PELM_ERR_IO},
+                  {FeatureReads::Refused, PELM_ERR_IO}};
+  for (const auto& answer : kAnswers) {
+    SCOPED_TRACE(static_cast<int>(answer.how));
+    knobs.AnswerFeatureReads(answer.how);
+    uint8_t lamps = 0;
+    EXPECT_EQ(PelmKnobs_GetIndicators(0, &lamps), answer.status);
+    if (answer.status == PELM_SUCCESS) {
+      EXPECT_EQ(lamps, 0x5C);
+    }
+  }
+}
+
 // Two sends while the panel refuses the first, and everything it then received:
 // refused sends carry only their report ID.
 struct RefusalCase {
