@@ -62,9 +62,9 @@ platform-checks:
 	@tests/abi/run_calling_forms_check.sh build/i386/pelm_calling_forms_check
 
 # The Linux backend on the real kernel HID stack: a VM whose panels are uhid
-# devices (about half a minute under software emulation).
+# devices and USB gadgets on dummy_hcd (under a minute under software emulation).
 vm-test:
-	@echo "=== Linux backend in a VM with uhid panels ==="
+	@echo "=== Linux backend in a VM with uhid and USB panels ==="
 	@cmake --build --preset debug --target pelm_vm_tests
 	@tests/vm/run build/debug/tests/vm/pelm_vm_tests --gtest_color=no
 
