@@ -66,12 +66,17 @@ class UsbPanelTest : public ::testing::Test {
     ASSERT_TRUE(WaitUntil([this] { return HidrawNodeCount() == panels_.size(); }))
         << HidrawNodeCount() << " of " << panels_.size() << " hidraw nodes";
   }
+  // What the library tells of a slot; all zero when it fails.
+  static PelmDevInfo2 InfoOf(int32_t typeCode, int32_t slot) {
+    PelmDevInfo2 info{};
+    info.structSize = sizeof info;
+    if (PelmDev_GetDeviceInfo2(typeCode, slot, &info) != PELM_SUCCESS) info = {};
+    return info;
+  }
   // The slot the library gave the panel of `typeCode` with this version number.
   static int32_t SlotWithVersion(int32_t typeCode, uint16_t version) {
     for (int32_t slot = 0; slot < static_cast<int32_t>(Model(typeCode).count()); ++slot) {
-      PelmDevInfo2 info{};
-      info.structSize = sizeof info;
-      if (PelmDev_GetDeviceInfo2(typeCode, slot, &info) == PELM_SUCCESS && info.versionNumber == version) return slot;
+      if (InfoOf(typeCode, slot).versionNumber == version) return slot;
     }
     return -1;
   }
@@ -89,9 +94,7 @@ TEST_F(UsbPanelTest, EveryModelHasItsUsbVersionPathAndSerialAndReportsInputFromI
     const ModelUnderTest& model = kModels[i];
     SCOPED_TRACE(model.typeCode);
     EXPECT_EQ(model.count(), 1u);
-    PelmDevInfo2 info{};
-    info.structSize = sizeof info;
-    ASSERT_EQ(PelmDev_GetDeviceInfo2(model.typeCode, 0, &info), PELM_SUCCESS);
+    const PelmDevInfo2 info = InfoOf(model.typeCode, 0);
     EXPECT_EQ(info.devicePath, DevicePathFor(PELM_VENDOR_ID, model.productId, panels_[i]->PhysicalPath()));
     EXPECT_EQ(info.versionNumber, VersionFor(i));
     EXPECT_EQ(info.serialNumber, model.readsSerial ? SerialFor(static_cast<int>(i)) : std::string());
@@ -128,9 +131,7 @@ TEST_F(UsbPanelTest, ARepluggedUsbPanelReturnsToItsSlotWithItsPathAndVersion) {
   ASSERT_TRUE(pumpUntilEvents(3));
   EXPECT_EQ(lastConnectEvent.load(), PELM_EVENT_ARRIVAL);
   EXPECT_EQ(PelmRadio_GetNumDevices(), 1u);
-  PelmDevInfo2 info{};
-  info.structSize = sizeof info;
-  ASSERT_EQ(PelmDev_GetDeviceInfo2(PELM_MODEL_RADIO, 0, &info), PELM_SUCCESS);
+  const PelmDevInfo2 info = InfoOf(PELM_MODEL_RADIO, 0);
   EXPECT_EQ(info.devicePath, DevicePathFor(PELM_VENDOR_ID, panel.Identity().productId, panel.PhysicalPath()));
   EXPECT_EQ(info.versionNumber, kPaddedOutputVersion);
   EXPECT_EQ(info.serialNumber, SerialFor(1));
