@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
+#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
@@ -85,10 +87,15 @@ class UsbPanelTest : public ::testing::Test {
 };
 
 TEST_F(UsbPanelTest, EveryModelHasItsUsbVersionPathAndSerialAndReportsInputFromItsInterruptEndpoint) {
+  const auto start = std::chrono::steady_clock::now();
   for (std::size_t i = 0; i < std::size(kModels); ++i) {
     Add(kModels[i].productId, VersionFor(i), SerialFor(static_cast<int>(i)));
   }
   WaitForNodes();
+  std::printf("%zu USB panels built and enumerated in %lld ms\n", panels_.size(),
+              static_cast<long long>(std::chrono::duration_cast<std::chrono::milliseconds>(
+                                         std::chrono::steady_clock::now() - start)
+                                         .count()));
   PelmDev_Init(nullptr);
   for (std::size_t i = 0; i < std::size(kModels); ++i) {
     const ModelUnderTest& model = kModels[i];
