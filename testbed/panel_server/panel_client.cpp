@@ -110,8 +110,12 @@ void PanelServerClient::Input(int port, const std::vector<uint8_t>& report) {
 }
 
 void PanelServerClient::Input(int port, const std::vector<std::vector<uint8_t>>& reports) {
+  // Appended piece by piece: GCC 12 at -O3 misreads `" " + string` as an overlapping copy.
   std::string request = "input " + std::to_string(port);
-  for (const std::vector<uint8_t>& report : reports) request += " " + ToHex(report);
+  for (const std::vector<uint8_t>& report : reports) {
+    request += ' ';
+    request += ToHex(report);
+  }
   Call(request);
 }
 
