@@ -9,26 +9,25 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <cstring>
-#include <filesystem>
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <set>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
 #include "core/pelm_dev.h"
 #include "core/pelm_dev_ext.h"
 #include "testbed/panel_server/panel_client.h"
+#include "tests/vm/vm_cockpit.h"
 
 namespace pelm::desktop {
 namespace {
 
 using testbed::PanelServerClient;
+using vm::HidrawNodeCount;
+using vm::WaitUntil;
 
 // Every model's product ID.
 constexpr uint16_t kEveryProductId[] = {0x0010, 0x0018, 0x0020, 0x0028, 0x002C, 0x002D, 0x0030, 0x0038, 0x003C,
@@ -36,27 +35,6 @@ constexpr uint16_t kEveryProductId[] = {0x0010, 0x0018, 0x0020, 0x0028, 0x002C, 
 constexpr uint16_t kButtonsId = 0x0020, kRadioId = 0x0050, kThrottleId = 0x0200;
 constexpr char kRuleGroup[] = "plugdev";
 constexpr uint8_t kInputReportId = 1;
-constexpr auto kPollInterval = std::chrono::milliseconds(5);
-
-bool WaitUntil(const std::function<bool()>& condition, std::chrono::seconds deadline = std::chrono::seconds(30)) {
-  const auto end = std::chrono::steady_clock::now() + deadline;
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() >= end) return false;
-    std::this_thread::sleep_for(kPollInterval);
-  }
-  return true;
-}
-
-std::size_t HidrawNodeCount() {
-  std::error_code error;
-  std::size_t count = 0;
-  for (auto entry = std::filesystem::directory_iterator("/sys/class/hidraw", error);
-       !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
-    ++count;
-  }
-  return count;
-}
-
 std::mutex eventsMutex;
 std::vector<std::pair<int32_t, int32_t>> connectEvents;  // (device index, event)
 
@@ -151,7 +129,10 @@ TEST_F(DesktopTest, WithTheRuleInstalledTheUserOpensEveryModel) {
     EXPECT_EQ(panel.openStatus, PELMEXT_OPEN_OK);
   }
   EXPECT_EQ(models.size(), std::size(kEveryProductId));
-  for (std::size_t i = 0; i < std::size(kEveryProductId); ++i) EXPECT_TRUE(server_->IsOpen(int(i) + 1)) << i + 1;
+  // The device hears of the open on its own thread.
+  for (int port = 1; port <= int(std::size(kEveryProductId)); ++port) {
+    EXPECT_TRUE(WaitUntil([port] { return server_->IsOpen(port); })) << "port " << port;
+  }
 }
 
 TEST_F(DesktopTest, APanelTheUserMayNotOpenIsListedWithItsErrorAndTheOthersOpen) {
@@ -219,8 +200,7 @@ TEST_F(DesktopTest, PanelsThatShareAPhysicalPathGetDistinctPaths) {
   ASSERT_EQ(PelmDev_GetDeviceInfo(PELM_MODEL_RADIO, 0, &first), PELM_SUCCESS);
   ASSERT_EQ(PelmDev_GetDeviceInfo(PELM_MODEL_RADIO, 1, &second), PELM_SUCCESS);
   EXPECT_STRNE(first.devicePath, second.devicePath);
-  EXPECT_TRUE(server_->IsOpen(1));
-  EXPECT_TRUE(server_->IsOpen(2));
+  EXPECT_TRUE(WaitUntil([] { return server_->IsOpen(1) && server_->IsOpen(2); }));
 }
 
 std::vector<uint8_t> ThrottleReport(uint8_t lever) {
