@@ -81,7 +81,8 @@ class DesktopTest : public ::testing::Test {
   }
 
   // Waits until the panel on `port` has `count` nodes that udevd gave the
-  // rule's group (from then on nothing changes their access); returns them.
+  // rule's group and this user may open (from then on nothing changes their
+  // access); returns them.
   std::vector<std::string> NodesReadyFor(int port, std::size_t count = 1) {
     const group* ruleGroup = getgrnam(kRuleGroup);
     std::vector<std::string> nodes;
@@ -90,10 +91,11 @@ class DesktopTest : public ::testing::Test {
       return ruleGroup != nullptr && nodes.size() == count &&
              std::all_of(nodes.begin(), nodes.end(), [ruleGroup](const std::string& node) {
                struct stat status{};
-               return stat(node.c_str(), &status) == 0 && status.st_gid == ruleGroup->gr_gid;
+               return stat(node.c_str(), &status) == 0 && status.st_gid == ruleGroup->gr_gid &&
+                      access(node.c_str(), R_OK | W_OK) == 0;
              });
     });
-    EXPECT_TRUE(ready) << "udevd gave port " << port << " no node in group " << kRuleGroup
+    EXPECT_TRUE(ready) << "udevd did not open port " << port << "'s node to group " << kRuleGroup
                        << ": is the rule installed?";
     return ready ? nodes : std::vector<std::string>();
   }
@@ -114,9 +116,7 @@ std::unique_ptr<PanelServerClient> DesktopTest::server_;
 TEST_F(DesktopTest, WithTheRuleInstalledTheUserOpensEveryModel) {
   for (std::size_t i = 0; i < std::size(kEveryProductId); ++i) server_->Plug(kEveryProductId[i], int(i) + 1);
   for (std::size_t i = 0; i < std::size(kEveryProductId); ++i) {
-    const std::vector<std::string> nodes = NodesReadyFor(int(i) + 1);
-    ASSERT_EQ(nodes.size(), 1u) << "product " << std::hex << kEveryProductId[i];
-    EXPECT_EQ(access(nodes[0].c_str(), R_OK | W_OK), 0) << nodes[0] << ": " << std::strerror(errno);
+    ASSERT_EQ(NodesReadyFor(int(i) + 1).size(), 1u) << "product " << std::hex << kEveryProductId[i];
   }
   PelmDev_Init(nullptr);
   const std::vector<PelmDevExt_PresentPanel> present = PresentPanels();
@@ -131,7 +131,16 @@ TEST_F(DesktopTest, WithTheRuleInstalledTheUserOpensEveryModel) {
   EXPECT_EQ(models.size(), std::size(kEveryProductId));
   // The device hears of the open on its own thread.
   for (int port = 1; port <= int(std::size(kEveryProductId)); ++port) {
-    EXPECT_TRUE(WaitUntil([port] { return server_->IsOpen(port); })) << "port " << port;
+    EXPECT_TRUE(WaitUntil([port] { return server_->IsOpen(port); }))
+        << "port " << port << " (" << server_->Call("node " + std::to_string(port)) << ") is closed; the library says:"
+        << [] {
+             std::string said;
+             for (const PelmDevExt_PresentPanel& panel : PresentPanels()) {
+               said += std::string(" ") + panel.node + " model " + std::to_string(panel.modelType) + " open " +
+                       std::to_string(panel.openInSlot) + " status " + std::to_string(panel.openStatus) + ";";
+             }
+             return said;
+           }();
   }
 }
 
