@@ -129,9 +129,8 @@ TEST_F(DesktopTest, WithTheRuleInstalledTheUserOpensEveryModel) {
     EXPECT_EQ(panel.openStatus, PELMEXT_OPEN_OK);
   }
   EXPECT_EQ(models.size(), std::size(kEveryProductId));
-  // The device hears of the open on its own thread.
   for (int port = 1; port <= int(std::size(kEveryProductId)); ++port) {
-    EXPECT_TRUE(WaitUntil([port] { return server_->IsOpen(port); }))
+    EXPECT_TRUE(server_->IsOpen(port))
         << "port " << port << " (" << server_->Call("node " + std::to_string(port)) << ") is closed; the library says:"
         << [] {
              std::string said;
@@ -209,7 +208,8 @@ TEST_F(DesktopTest, PanelsThatShareAPhysicalPathGetDistinctPaths) {
   ASSERT_EQ(PelmDev_GetDeviceInfo(PELM_MODEL_RADIO, 0, &first), PELM_SUCCESS);
   ASSERT_EQ(PelmDev_GetDeviceInfo(PELM_MODEL_RADIO, 1, &second), PELM_SUCCESS);
   EXPECT_STRNE(first.devicePath, second.devicePath);
-  EXPECT_TRUE(WaitUntil([] { return server_->IsOpen(1) && server_->IsOpen(2); }));
+  EXPECT_TRUE(server_->IsOpen(1));
+  EXPECT_TRUE(server_->IsOpen(2));
 }
 
 std::vector<uint8_t> ThrottleReport(uint8_t lever) {
