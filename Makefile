@@ -5,7 +5,8 @@ PACKAGES := cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev \
             g++-mingw-w64-i686 g++-mingw-w64-x86-64 gcc-multilib g++-multilib qemu-user \
             libcli11-dev \
             clang libclang-rt-14-dev \
-            qemu-system-x86 linux-image-amd64 busybox-static cpio libhidapi-dev
+            qemu-system-x86 linux-image-amd64 busybox-static cpio libhidapi-dev \
+            udev util-linux
 SUDO := $(if $(filter 0,$(shell id -u)),,sudo)
 TEST_PRESETS := debug asan tsan
 
@@ -62,11 +63,18 @@ platform-checks:
 	@tests/abi/run_calling_forms_check.sh build/i386/pelm_calling_forms_check
 
 # The Linux backend on the real kernel HID stack: a VM whose panels are uhid
-# devices and USB gadgets on dummy_hcd (under a minute under software emulation).
+# devices and USB gadgets on dummy_hcd (under a minute under software
+# emulation), then a desktop-like
+# VM, with udevd and the project's rule, where the tests run as an ordinary
+# user on panels the panel server makes (about twenty seconds).
 vm-test:
 	@echo "=== Linux backend in a VM with uhid and USB panels ==="
 	@cmake --build --preset debug --target pelm_vm_tests
 	@tests/vm/run build/debug/tests/vm/pelm_vm_tests --gtest_color=no
+	@echo "=== Linux backend in a desktop VM: udevd, the udev rule, an ordinary user ==="
+	@cmake --build --preset debug --target pelm_desktop_tests pelm-panel-server
+	@testbed/vm/run-desktop --rule build/debug/70-pelmdev.rules --panel-server build/debug/testbed/pelm-panel-server \
+	  build/debug/tests/desktop/pelm_desktop_tests --gtest_color=no
 
 demo: deps
 	@cmake --preset release >/dev/null

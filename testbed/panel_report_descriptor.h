@@ -1,8 +1,8 @@
 #pragma once
 // The HID report descriptor of every kernel-side test panel: report IDs 1 to
-// kHighestReportId, each declared as input, output and feature report of
-// kReportPayload bytes after the ID. The kernel then reads report lengths of 8
-// for every type, the lengths each model's panel has.
+// kHighestReportId, each declared as input, output and feature report of one
+// length (report ID included). The kernel then gives that length for every
+// report type; kDefaultReportLength is what the panels of every model have.
 
 #include <cstdint>
 #include <vector>
@@ -10,9 +10,9 @@
 namespace pelm::vm {
 
 inline constexpr uint8_t kHighestReportId = 16;
-inline constexpr uint8_t kReportPayload = 7;
-inline constexpr std::size_t kPanelReportLength = 1 + kReportPayload;
+inline constexpr uint16_t kDefaultReportLength = 8;
 
-std::vector<uint8_t> PanelReportDescriptor();
+// `reportLength` is at least 2.
+std::vector<uint8_t> PanelReportDescriptor(uint16_t reportLength);
 
 }  // namespace pelm::vm

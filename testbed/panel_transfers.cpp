@@ -1,5 +1,7 @@
 #include "testbed/panel_transfers.h"
 
+#include <utility>
+
 namespace pelm::vm {
 
 void TransferRecord::RefuseNext(int count) {
@@ -28,6 +30,11 @@ std::vector<Transfer> TransferRecord::All() const {
 void TransferRecord::Clear() {
   std::lock_guard hold(mutex_);
   received_.clear();
+}
+
+std::vector<Transfer> TransferRecord::Take() {
+  std::lock_guard hold(mutex_);
+  return std::exchange(received_, {});
 }
 
 bool TransferRecord::WaitFor(const std::function<bool(const std::vector<Transfer>&)>& predicate,

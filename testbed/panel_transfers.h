@@ -34,6 +34,8 @@ class TransferRecord {
   void Add(TransferKind kind, const uint8_t* data, std::size_t size, bool accepted);
   std::vector<Transfer> All() const;
   void Clear();
+  // What was received, cleared in the same step (nothing is lost between).
+  std::vector<Transfer> Take();
   // Waits (bounded) until `predicate` holds for what was received.
   bool WaitFor(const std::function<bool(const std::vector<Transfer>&)>& predicate,
                std::chrono::milliseconds timeout) const;

@@ -83,7 +83,7 @@ InterfaceDescriptors InterfaceAt(uint8_t interval, uint16_t reportDescriptorLeng
   descriptors.hid = {sizeof(HidClassDescriptor), kHidDescriptorType, htole16(kHidVersion), 0, 1,
                      kReportDescriptorType, htole16(reportDescriptorLength)};
   descriptors.interruptIn = {USB_DT_ENDPOINT_SIZE, USB_DT_ENDPOINT, kInterruptInAddress, USB_ENDPOINT_XFER_INT,
-                             htole16(kPanelReportLength), interval};
+                             htole16(kDefaultReportLength), interval};
   return descriptors;
 }
 
@@ -204,7 +204,7 @@ void GadgetPanel::Build() {
   if (mount(instance.c_str(), mount_.c_str(), kFunctionFsType, 0, nullptr) != 0) Fail("cannot mount " + mount_);
   ep0_ = open((mount_ + "/ep0").c_str(), O_RDWR | O_CLOEXEC);
   if (ep0_ < 0) Fail("cannot open " + mount_ + "/ep0");
-  const std::vector<uint8_t> reportDescriptor = PanelReportDescriptor();
+  const std::vector<uint8_t> reportDescriptor = PanelReportDescriptor(kDefaultReportLength);
   const FunctionDescriptors descriptors = PanelFunctionDescriptors(static_cast<uint16_t>(reportDescriptor.size()));
   if (write(ep0_, &descriptors, sizeof descriptors) != sizeof descriptors) Fail("descriptors refused by " + mount_);
   usb_functionfs_strings_head noStrings{};
@@ -273,7 +273,7 @@ void GadgetPanel::AnswerSetup(const void* request) {
   const auto high = static_cast<uint8_t>(value >> 8), low = static_cast<uint8_t>(value & 0xFF);
   if (setup.bRequestType == (USB_DIR_IN | USB_RECIP_INTERFACE) && setup.bRequest == USB_REQ_GET_DESCRIPTOR &&
       high == kReportDescriptorType) {
-    const std::vector<uint8_t> descriptor = PanelReportDescriptor();
+    const std::vector<uint8_t> descriptor = PanelReportDescriptor(kDefaultReportLength);
     Reply(descriptor.data(), descriptor.size(), length);
     return;
   }
@@ -292,7 +292,7 @@ void GadgetPanel::AnswerSetup(const void* request) {
 }
 
 void GadgetPanel::AnswerGetReport(uint8_t reportType, uint8_t reportId, uint16_t length) {
-  uint8_t report[kPanelReportLength] = {reportId};
+  uint8_t report[kDefaultReportLength] = {reportId};
   std::size_t size = sizeof report;
   if (reportType == kFeatureReportType) {
     const FeatureReads how = featureReads_;

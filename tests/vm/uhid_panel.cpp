@@ -11,12 +11,12 @@
 #include <cerrno>
 #include <cstring>
 #include <stdexcept>
+#include <utility>
 
 namespace pelm::vm {
 namespace {
 
 constexpr char kUhidNode[] = "/dev/uhid";
-
 void CopyText(uint8_t* field, std::size_t capacity, const std::string& text) {
   std::memcpy(field, text.data(), std::min(text.size(), capacity - 1));
 }
@@ -28,6 +28,10 @@ UhidPanel::UhidPanel(PanelIdentity identity, std::unique_ptr<sim::Panel> behavio
       behaviour_(std::move(behaviour)),
       uhid_(open(kUhidNode, O_RDWR | O_CLOEXEC)),
       stop_(eventfd(0, EFD_CLOEXEC)) {
+  if (identity_.reportLength < 2 || identity_.reportLength > kLongestReport) {
+    throw std::invalid_argument("report length " + std::to_string(identity_.reportLength) + " is outside 2.." +
+                                std::to_string(kLongestReport));
+  }
   if (uhid_ < 0 || stop_ < 0) throw std::runtime_error(std::string("cannot open /dev/uhid: ") + strerror(errno));
   Create();
   server_ = std::thread([this] { Serve(); });
@@ -52,7 +56,7 @@ void UhidPanel::Create() {
   CopyText(create.name, sizeof create.name, "PELMDEV test panel");
   CopyText(create.phys, sizeof create.phys, identity_.phys);
   CopyText(create.uniq, sizeof create.uniq, identity_.serial);
-  const std::vector<uint8_t> descriptor = PanelReportDescriptor();
+  const std::vector<uint8_t> descriptor = PanelReportDescriptor(identity_.reportLength);
   create.rd_size = static_cast<uint16_t>(descriptor.size());
   std::memcpy(create.rd_data, descriptor.data(), descriptor.size());
   create.bus = BUS_USB;
@@ -71,6 +75,7 @@ void UhidPanel::Replug() { Create(); }
 
 bool UhidPanel::InjectInput(const Report& report) {
   uhid_event event{};
+  if (report.empty() || report.size() > sizeof event.u.input2.data) return false;
   event.type = UHID_INPUT2;
   event.u.input2.size = static_cast<uint16_t>(report.size());
   std::memcpy(event.u.input2.data, report.data(), report.size());
@@ -88,14 +93,24 @@ std::vector<Transfer> UhidPanel::Received() const { return transfers_.All(); }
 
 void UhidPanel::ClearReceived() { transfers_.Clear(); }
 
+std::vector<Transfer> UhidPanel::TakeReceived() { return transfers_.Take(); }
+
 bool UhidPanel::WaitForReceived(const std::function<bool(const std::vector<Transfer>&)>& predicate,
                                 std::chrono::milliseconds timeout) const {
   return transfers_.WaitFor(predicate, timeout);
 }
 
 bool UhidPanel::IsOpen() const {
-  std::lock_guard hold(mutex_);
-  return open_;
+  constexpr auto kLongestCatchUp = std::chrono::seconds(10);
+  constexpr auto kRecheck = std::chrono::milliseconds(1);
+  const auto end = std::chrono::steady_clock::now() + kLongestCatchUp;
+  std::unique_lock hold(mutex_);
+  for (;;) {
+    pollfd waiting{uhid_, POLLIN, 0};
+    const bool eventWaits = poll(&waiting, 1, 0) > 0 && (waiting.revents & POLLIN) != 0;
+    if ((!handling_ && !eventWaits) || std::chrono::steady_clock::now() >= end) return open_;
+    changed_.wait_for(hold, kRecheck);
+  }
 }
 
 void UhidPanel::AnswerGetReport(uint32_t requestId, uint8_t reportId) {
@@ -107,14 +122,21 @@ void UhidPanel::AnswerGetReport(uint32_t requestId, uint8_t reportId) {
     std::lock_guard hold(mutex_);
     fail = failFeatureReads_;
   }
-  uint8_t report[1 + kReportPayload] = {reportId};
-  if (fail || !behaviour_->AnswerFeature(report, sizeof report)) {
+  const Report report = fail ? Report() : FeatureAnswer(reportId);
+  if (report.empty()) {
     reply.u.get_report_reply.err = EIO;
   } else {
-    reply.u.get_report_reply.size = sizeof report;
-    std::memcpy(reply.u.get_report_reply.data, report, sizeof report);
+    reply.u.get_report_reply.size = static_cast<uint16_t>(report.size());
+    std::memcpy(reply.u.get_report_reply.data, report.data(), report.size());
   }
   Send(&reply, sizeof reply);
+}
+
+Report UhidPanel::FeatureAnswer(uint8_t reportId) const {
+  Report report(identity_.reportLength, 0);
+  report[0] = reportId;
+  if (!behaviour_->AnswerFeature(report.data(), static_cast<uint32_t>(report.size()))) return {};
+  return report;
 }
 
 void UhidPanel::AnswerSetReport(uint32_t requestId, const uint8_t* data, uint16_t size) {
@@ -135,7 +157,15 @@ void UhidPanel::Serve() {
     if (waits[1].revents != 0) return;
     if ((waits[0].revents & POLLIN) == 0) continue;
     uhid_event event{};
-    if (read(uhid_, &event, sizeof event) <= 0) continue;
+    {
+      std::lock_guard hold(mutex_);
+      handling_ = true;
+    }
+    if (read(uhid_, &event, sizeof event) <= 0) {
+      std::lock_guard hold(mutex_);
+      handling_ = false;
+      continue;
+    }
     switch (event.type) {
       case UHID_OPEN:
       case UHID_CLOSE: {
@@ -156,6 +186,9 @@ void UhidPanel::Serve() {
       default:
         break;
     }
+    std::lock_guard hold(mutex_);
+    handling_ = false;
+    changed_.notify_all();
   }
 }
 

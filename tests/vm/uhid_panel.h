@@ -12,6 +12,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <condition_variable>
 #include <string>
 #include <thread>
 #include <vector>
@@ -27,14 +28,21 @@ struct PanelIdentity {
   uint16_t productId = 0;
   std::string phys;    // the physical path: the same phys on replug is the same port
   std::string serial;  // HID_UNIQ; empty for none
+  uint16_t reportLength = kDefaultReportLength;  // of every declared report, ID included
 };
 
 class UhidPanel {
  public:
-  // The payload after the report ID of every report the panel declares.
-  static constexpr uint8_t kReportPayload = vm::kReportPayload;
+  // Every report ID from 1 to this one is declared as input, output and
+  // feature report of the identity's report length (kReportPayload bytes
+  // after the ID by default, as a USB panel gives them).
+  static constexpr uint8_t kHighestReportId = vm::kHighestReportId;
+  static constexpr uint8_t kReportPayload = kDefaultReportLength - 1;
+  // uhid carries reports of at most this many bytes.
+  static constexpr uint16_t kLongestReport = 4096;
 
-  // Creates the device (the hidraw node follows asynchronously).
+  // Creates the device (the hidraw node follows asynchronously). Throws
+  // std::invalid_argument for a report length outside 2..kLongestReport.
   UhidPanel(PanelIdentity identity, std::unique_ptr<sim::Panel> behaviour);
   ~UhidPanel();
   UhidPanel(const UhidPanel&) = delete;
@@ -53,11 +61,19 @@ class UhidPanel {
 
   std::vector<Transfer> Received() const;
   void ClearReceived();
+  // What was received, cleared in the same step (nothing is lost between).
+  std::vector<Transfer> TakeReceived();
   // Waits (bounded) until `predicate` holds for what was received.
   bool WaitForReceived(const std::function<bool(const std::vector<Transfer>&)>& predicate,
                        std::chrono::milliseconds timeout = std::chrono::seconds(10)) const;
-  // Whether any hidraw handle of the device is open now, as the kernel tells it.
+  // Whether any hidraw handle of the device is open now, as the kernel tells
+  // it: every open and close that returned before the call is counted (the
+  // kernel queues their news before it returns; this waits, bounded, until the
+  // serving thread took all of it).
   bool IsOpen() const;
+  // What the panel answers a feature read of `reportId` with; empty when it
+  // refuses the read.
+  Report FeatureAnswer(uint8_t reportId) const;
 
   template <class PanelType>
   PanelType& BehaviourAs() { return static_cast<PanelType&>(*behaviour_); }
@@ -77,8 +93,10 @@ class UhidPanel {
 
   TransferRecord transfers_;
   mutable std::mutex mutex_;
+  mutable std::condition_variable changed_;
   bool failFeatureReads_ = false;
   bool open_ = false;
+  bool handling_ = false;  // the serving thread took an event and has not acted on it yet
   std::thread server_;
 };
 

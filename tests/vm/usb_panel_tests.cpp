@@ -115,7 +115,7 @@ TEST_F(UsbPanelTest, EveryModelHasItsUsbVersionPathAndSerialAndReportsInputFromI
   ASSERT_EQ(PelmDev_RegisterInputCallback(OnInput), 1u);
   for (std::size_t i = 0; i < std::size(kModels); ++i) {
     SCOPED_TRACE(kModels[i].typeCode);
-    Report report(kPanelReportLength, 0);
+    Report report(kDefaultReportLength, 0);
     report[0] = kInputReportId;
     for (std::size_t b = 1; b < report.size(); ++b) report[b] = static_cast<uint8_t>(0x11 * b);
     ASSERT_TRUE(panels_[i]->InjectInput(report));
