@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <cstring>
 #include <stdexcept>
+#include <utility>
 
 namespace pelm::vm {
 namespace {
@@ -21,12 +22,12 @@ constexpr uint8_t kUsageOne[] = {0x09, 0x01};
 constexpr uint8_t kApplicationCollection[] = {0xA1, 0x01};
 constexpr uint8_t kByteFields[] = {0x15, 0x00, 0x26, 0xFF, 0x00, 0x75, 0x08};  // 0..255, 8 bits each
 constexpr uint8_t kReportIdItem = 0x85;
-constexpr uint8_t kReportCountItem = 0x95;
+constexpr uint8_t kReportCountItem = 0x95, kReportCountItemTwoBytes = 0x96;
 constexpr uint8_t kInputItem = 0x81, kOutputItem = 0x91, kFeatureItem = 0xB1;
 constexpr uint8_t kDataVariableAbsolute = 0x02;
 constexpr uint8_t kEndCollection = 0xC0;
 
-std::vector<uint8_t> PanelReportDescriptor() {
+std::vector<uint8_t> PanelReportDescriptor(uint16_t reportLength) {
   std::vector<uint8_t> descriptor;
   auto add = [&descriptor](std::initializer_list<uint8_t> bytes) {
     for (uint8_t byte : bytes) descriptor.push_back(byte);
@@ -38,8 +39,14 @@ std::vector<uint8_t> PanelReportDescriptor() {
   addAll(kUsageOne);
   addAll(kApplicationCollection);
   addAll(kByteFields);
+  const uint16_t payload = reportLength - 1;
   for (uint8_t id = 1; id <= UhidPanel::kHighestReportId; ++id) {
-    add({kReportIdItem, id, kReportCountItem, UhidPanel::kReportPayload});
+    add({kReportIdItem, id});
+    if (payload <= UINT8_MAX) {
+      add({kReportCountItem, static_cast<uint8_t>(payload)});
+    } else {
+      add({kReportCountItemTwoBytes, static_cast<uint8_t>(payload & 0xFF), static_cast<uint8_t>(payload >> 8)});
+    }
     for (uint8_t main : {kInputItem, kOutputItem, kFeatureItem}) {
       addAll(kUsageOne);
       add({main, kDataVariableAbsolute});
@@ -60,6 +67,10 @@ UhidPanel::UhidPanel(PanelIdentity identity, std::unique_ptr<sim::Panel> behavio
       behaviour_(std::move(behaviour)),
       uhid_(open(kUhidNode, O_RDWR | O_CLOEXEC)),
       stop_(eventfd(0, EFD_CLOEXEC)) {
+  if (identity_.reportLength < 2 || identity_.reportLength > kLongestReport) {
+    throw std::invalid_argument("report length " + std::to_string(identity_.reportLength) + " is outside 2.." +
+                                std::to_string(kLongestReport));
+  }
   if (uhid_ < 0 || stop_ < 0) throw std::runtime_error(std::string("cannot open /dev/uhid: ") + strerror(errno));
   Create();
   server_ = std::thread([this] { Serve(); });
@@ -84,7 +95,7 @@ void UhidPanel::Create() {
   CopyText(create.name, sizeof create.name, "PELMDEV test panel");
   CopyText(create.phys, sizeof create.phys, identity_.phys);
   CopyText(create.uniq, sizeof create.uniq, identity_.serial);
-  const std::vector<uint8_t> descriptor = PanelReportDescriptor();
+  const std::vector<uint8_t> descriptor = PanelReportDescriptor(identity_.reportLength);
   create.rd_size = static_cast<uint16_t>(descriptor.size());
   std::memcpy(create.rd_data, descriptor.data(), descriptor.size());
   create.bus = BUS_USB;
@@ -103,6 +114,7 @@ void UhidPanel::Replug() { Create(); }
 
 bool UhidPanel::InjectInput(const Report& report) {
   uhid_event event{};
+  if (report.empty() || report.size() > sizeof event.u.input2.data) return false;
   event.type = UHID_INPUT2;
   event.u.input2.size = static_cast<uint16_t>(report.size());
   std::memcpy(event.u.input2.data, report.data(), report.size());
@@ -127,6 +139,11 @@ std::vector<Transfer> UhidPanel::Received() const {
 void UhidPanel::ClearReceived() {
   std::lock_guard hold(mutex_);
   received_.clear();
+}
+
+std::vector<Transfer> UhidPanel::TakeReceived() {
+  std::lock_guard hold(mutex_);
+  return std::exchange(received_, {});
 }
 
 bool UhidPanel::WaitForReceived(const std::function<bool(const std::vector<Transfer>&)>& predicate,
@@ -155,14 +172,21 @@ void UhidPanel::AnswerGetReport(uint32_t requestId, uint8_t reportId) {
     std::lock_guard hold(mutex_);
     fail = failFeatureReads_;
   }
-  uint8_t report[1 + kReportPayload] = {reportId};
-  if (fail || !behaviour_->AnswerFeature(report, sizeof report)) {
+  const Report report = fail ? Report() : FeatureAnswer(reportId);
+  if (report.empty()) {
     reply.u.get_report_reply.err = EIO;
   } else {
-    reply.u.get_report_reply.size = sizeof report;
-    std::memcpy(reply.u.get_report_reply.data, report, sizeof report);
+    reply.u.get_report_reply.size = static_cast<uint16_t>(report.size());
+    std::memcpy(reply.u.get_report_reply.data, report.data(), report.size());
   }
   Send(&reply, sizeof reply);
+}
+
+Report UhidPanel::FeatureAnswer(uint8_t reportId) const {
+  Report report(identity_.reportLength, 0);
+  report[0] = reportId;
+  if (!behaviour_->AnswerFeature(report.data(), static_cast<uint32_t>(report.size()))) return {};
+  return report;
 }
 
 void UhidPanel::AnswerSetReport(uint32_t requestId, const uint8_t* data, uint16_t size) {

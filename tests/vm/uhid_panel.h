@@ -23,11 +23,16 @@ namespace pelm::vm {
 
 using Report = std::vector<uint8_t>;
 
+// The length (report ID included) of every report a panel declares unless
+// told otherwise: what USB panels give.
+constexpr uint16_t kDefaultReportLength = 8;
+
 struct PanelIdentity {
   uint16_t vendorId = 0;
   uint16_t productId = 0;
   std::string phys;    // the physical path: the same phys on replug is the same port
   std::string serial;  // HID_UNIQ; empty for none
+  uint16_t reportLength = kDefaultReportLength;  // of every declared report, ID included
 };
 
 enum class TransferKind { Feature, Output };
@@ -42,12 +47,15 @@ struct Transfer {
 class UhidPanel {
  public:
   // Every report ID from 1 to this one is declared as input, output and
-  // feature report of kReportPayload bytes after the ID: the library then
-  // reads report lengths of 8, as a USB panel gives them.
+  // feature report of the identity's report length (kReportPayload bytes
+  // after the ID by default, as a USB panel gives them).
   static constexpr uint8_t kHighestReportId = 16;
-  static constexpr uint8_t kReportPayload = 7;
+  static constexpr uint8_t kReportPayload = kDefaultReportLength - 1;
+  // uhid carries reports of at most this many bytes.
+  static constexpr uint16_t kLongestReport = 4096;
 
-  // Creates the device (the hidraw node follows asynchronously).
+  // Creates the device (the hidraw node follows asynchronously). Throws
+  // std::invalid_argument for a report length outside 2..kLongestReport.
   UhidPanel(PanelIdentity identity, std::unique_ptr<sim::Panel> behaviour);
   ~UhidPanel();
   UhidPanel(const UhidPanel&) = delete;
@@ -66,11 +74,16 @@ class UhidPanel {
 
   std::vector<Transfer> Received() const;
   void ClearReceived();
+  // What was received, cleared in the same step (nothing is lost between).
+  std::vector<Transfer> TakeReceived();
   // Waits (bounded) until `predicate` holds for what was received.
   bool WaitForReceived(const std::function<bool(const std::vector<Transfer>&)>& predicate,
                        std::chrono::milliseconds timeout = std::chrono::seconds(10)) const;
   // Whether any hidraw handle of the device is open now, as the kernel tells it.
   bool IsOpen() const;
+  // What the panel answers a feature read of `reportId` with; empty when it
+  // refuses the read.
+  Report FeatureAnswer(uint8_t reportId) const;
 
   template <class PanelType>
   PanelType& BehaviourAs() { return static_cast<PanelType&>(*behaviour_); }
