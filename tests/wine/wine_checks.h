@@ -95,28 +95,32 @@ inline bool WaitUntil(const std::function<bool()>& condition, int deadlineMs = k
 class Watchdog {
  public:
   Watchdog(const char* what, int deadlineMs)
-      : done_(CreateEventA(nullptr, TRUE, FALSE, nullptr)), what_(what), deadlineMs_(deadlineMs) {
-    thread_ = std::thread([this] {
-      if (WaitForSingleObject(done_, static_cast<DWORD>(deadlineMs_)) == WAIT_TIMEOUT) {
-        std::printf("PELM-WINE-RESULT %s did not return within %d ms\n", what_, deadlineMs_);
-        std::fflush(stdout);
-        ExitProcess(1);
-      }
-    });
-  }
+      : done_(CreateEventA(nullptr, TRUE, FALSE, nullptr)), what_(what), deadlineMs_(deadlineMs),
+        thread_(CreateThread(nullptr, 0, Watch, this, 0, nullptr)) {}
   ~Watchdog() {
     SetEvent(done_);
-    thread_.join();
+    WaitForSingleObject(thread_, INFINITE);
+    CloseHandle(thread_);
     CloseHandle(done_);
   }
   Watchdog(const Watchdog&) = delete;
   Watchdog& operator=(const Watchdog&) = delete;
 
  private:
-  HANDLE done_;
-  const char* what_;
-  int deadlineMs_;
-  std::thread thread_;
+  static DWORD WINAPI Watch(void* self) {
+    const Watchdog& watchdog = *static_cast<const Watchdog*>(self);
+    if (WaitForSingleObject(watchdog.done_, static_cast<DWORD>(watchdog.deadlineMs_)) == WAIT_TIMEOUT) {
+      std::printf("PELM-WINE-RESULT %s did not return within %d ms\n", watchdog.what_, watchdog.deadlineMs_);
+      std::fflush(stdout);
+      ExitProcess(1);
+    }
+    return 0;
+  }
+
+  const HANDLE done_;
+  const char* const what_;
+  const int deadlineMs_;
+  const HANDLE thread_;
 };
 
 // Transfers as the panel server's protocol writes them, for messages.

