@@ -25,6 +25,9 @@ using Report = std::vector<uint8_t>;
 
 // Generous: Wine under software emulation, on a machine shared with builds.
 constexpr int kSlowDeadlineMs = 60000;
+// For a report the device should receive: it takes well under a second when
+// it comes at all.
+constexpr int kTransferDeadlineMs = 15000;
 // What the panel server's panels declare unless told otherwise.
 constexpr std::size_t kDefaultReportLength = 8;
 constexpr uint8_t kInputReportId = 1;

@@ -23,6 +23,7 @@
 #include <vector>
 
 #include "core/pelm_dev.h"
+#include "tests/models_under_test.h"
 #include "platform/win32/win32_hid.h"
 #include "testbed/panel_server/panel_client.h"
 #include "tests/wine/wine_checks.h"
@@ -30,35 +31,10 @@
 namespace pelm::wine {
 namespace {
 
-struct ModelUnderTest {
-  int32_t typeCode;
-  uint16_t productId;
-  uint32_t (*count)();
-  bool readsSerial;
-};
+using test::kModels;
+using test::ModelUnderTest;
 
-// Every model, each on the port of its position here.
-const ModelUnderTest kModels[] = {
-    {PELM_MODEL_ALPHA, 0x0010, PelmAlpha_GetNumDevices, false},
-    {PELM_MODEL_ALPHA2, 0x0018, PelmAlpha2_GetNumDevices, false},
-    {PELM_MODEL_BUTTONS, 0x0020, PelmButtons_GetNumDevices, false},
-    {PELM_MODEL_KNOBS, 0x0028, PelmKnobs_GetNumDevices, false},
-    {PELM_MODEL_WARNING, 0x002C, PelmWarning_GetNumDevices, false},
-    {PELM_MODEL_TOGGLES, 0x0030, PelmToggles_GetNumDevices, false},
-    {PELM_MODEL_GEAR, 0x0040, PelmGear_GetNumDevices, false},
-    {PELM_MODEL_GEAR2, 0x0048, [] { return PelmGear2_GetNumDevices_stdcall(); }, false},
-    {PELM_MODEL_RADIO, 0x0050, PelmRadio_GetNumDevices, true},
-    {PELM_MODEL_AUTOPILOT, 0x0060, PelmAutopilot_GetNumDevices, false},
-    {PELM_MODEL_AUTOPILOT2, 0x0064, PelmAutopilot2_GetNumDevices, true},
-    {PELM_MODEL_MAPCTL, 0x0300, PelmMapCtl_GetNumDevices, true},
-    {PELM_MODEL_SQUAWK, 0x0070, [] { return PelmSquawk_GetNumDevices_stdcall(); }, false},
-    {PELM_MODEL_ENGINECTL, 0x0038, PelmEngineCtl_GetNumDevices, false},
-    {PELM_MODEL_ENGINESTART, 0x003C, PelmEngineStart_GetNumDevices, false},
-    {PELM_MODEL_KEYPAD, 0x0074, PelmKeypad_GetNumDevices, true},
-    {PELM_MODEL_THROTTLE, 0x0200, PelmThrottle_GetNumDevices, false},
-    {PELM_MODEL_IOBOARD, 0x002D, PelmIoBoard_GetNumDevices, false},
-};
-
+// Every model sits on the port of its position in kModels, counted from 1.
 int PortOf(int32_t typeCode) {
   for (std::size_t i = 0; i < std::size(kModels); ++i)
     if (kModels[i].typeCode == typeCode) return static_cast<int>(i) + 1;
@@ -263,7 +239,7 @@ void SettersReachTheDeviceByteForByte(PanelServerClient& server) {
     const int port = PortOf(setter.typeCode);
     server.Received(port);
     CHECK_MSG(setter.call() == PELM_SUCCESS, setter.name);
-    const std::vector<ServerTransfer> received = server.WaitReceived(port, 1, kSlowDeadlineMs);
+    const std::vector<ServerTransfer> received = server.WaitReceived(port, 1, kTransferDeadlineMs);
     const bool arrived = !received.empty() && received[0].kind == setter.kind && !received[0].refused &&
                          IsPadded(received[0].bytes, setter.expected, DeviceReportLength(setter.typeCode));
     CHECK_MSG(arrived, setter.name << ": the device received " << Describe(received));
@@ -315,7 +291,7 @@ void FeatureGettersReadTheDeviceAndReportItsFailure(PanelServerClient& server) {
     const int port = PortOf(model.typeCode);
     server.Received(port);
     CHECK_MSG(model.set(kLevel) == PELM_SUCCESS, "model " << model.typeCode);
-    CHECK_MSG(!server.WaitReceived(port, 1, kSlowDeadlineMs).empty(), "model " << model.typeCode << ": the level never arrived");
+    CHECK_MSG(!server.WaitReceived(port, 1, kTransferDeadlineMs).empty(), "model " << model.typeCode << ": the level never arrived");
     int64_t level = -1;
     const int32_t status = model.get(&level);
     CHECK_MSG(status == PELM_SUCCESS && level == kLevel,
@@ -363,9 +339,9 @@ std::vector<ServerTransfer> SendThroughRefusals(PanelServerClient& server, int32
   server.Received(port);
   server.FailSends(port, refusals);
   CHECK(first() == PELM_SUCCESS);
-  std::vector<ServerTransfer> seen = server.WaitReceived(port, static_cast<std::size_t>(refusals), kSlowDeadlineMs);
+  std::vector<ServerTransfer> seen = server.WaitReceived(port, static_cast<std::size_t>(refusals), kTransferDeadlineMs);
   CHECK(second() == PELM_SUCCESS);
-  const std::vector<ServerTransfer> rest = server.WaitReceived(port, expectedTransfers - seen.size(), kSlowDeadlineMs);
+  const std::vector<ServerTransfer> rest = server.WaitReceived(port, expectedTransfers - seen.size(), kTransferDeadlineMs);
   seen.insert(seen.end(), rest.begin(), rest.end());
   return seen;
 }
@@ -421,7 +397,7 @@ void HotPlugThroughTheHiddenWindowKeepsAReturningPanelsSlot(PanelServerClient& s
   // The returning panel is driven again.
   server.Received(buttonsPort);
   CHECK(PelmButtons_SetIndicators(0, 0x33) == PELM_SUCCESS);
-  const std::vector<ServerTransfer> received = server.WaitReceived(buttonsPort, 1, kSlowDeadlineMs);
+  const std::vector<ServerTransfer> received = server.WaitReceived(buttonsPort, 1, kTransferDeadlineMs);
   CHECK_MSG(!received.empty() && IsPadded(received[0].bytes, {2, 0x33}, kDefaultReportLength),
             "the returning panel received " << Describe(received));
 }
