@@ -6,7 +6,7 @@ PACKAGES := cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev \
             libcli11-dev \
             clang libclang-rt-14-dev \
             qemu-system-x86 linux-image-amd64 busybox-static cpio libhidapi-dev \
-            wine wine64 libwine debootstrap udev
+            wine wine64 libwine udev
 SUDO := $(if $(filter 0,$(shell id -u)),,sudo)
 TEST_PRESETS := debug asan tsan
 
@@ -70,16 +70,14 @@ vm-test:
 	@cmake --build --preset debug --target pelm_vm_tests
 	@tests/vm/run build/debug/tests/vm/pelm_vm_tests --gtest_color=no
 
-# Both DLLs as a Windows host runs them: under Wine (64-bit, and 32-bit from an
-# i386 root) in the desktop VM, on uhid panels the panel server makes. The first
-# run prepares and caches the Wine roots and prefixes under /var/cache/pelmdev
-# (about six minutes); later runs take about two minutes a DLL.
+# The 64-bit DLL as a Windows host runs it: under Wine in the desktop VM, on
+# uhid panels the panel server makes. The first run prepares and caches the
+# Wine prefix under /var/cache/pelmdev. (`tests/wine/run` also takes a 32-bit
+# build, 32:build/win32, whose Wine runs from an i386 root: not yet working.)
 wine-test:
 	@cmake --preset debug >/dev/null && cmake --build --preset debug --target pelm-panel-server
-	@for bits in 32 64; do \
-	  cmake --preset win$$bits >/dev/null && cmake --build --preset win$$bits --target PELMDEV pelm_wine_tests || exit 1; \
-	done
-	@tests/wine/run build/debug/testbed/pelm-panel-server 64:build/win64 32:build/win32
+	@cmake --preset win64 >/dev/null && cmake --build --preset win64 --target PELMDEV pelm_wine_tests
+	@tests/wine/run build/debug/testbed/pelm-panel-server 64:build/win64
 
 demo: deps
 	@cmake --preset release >/dev/null
