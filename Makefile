@@ -6,7 +6,7 @@ PACKAGES := cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev \
             libcli11-dev \
             clang libclang-rt-14-dev \
             qemu-system-x86 linux-image-amd64 busybox-static cpio libhidapi-dev \
-            wine wine64 libwine udev
+            udev util-linux wine wine64 libwine
 SUDO := $(if $(filter 0,$(shell id -u)),,sudo)
 TEST_PRESETS := debug asan tsan
 
@@ -64,11 +64,17 @@ platform-checks:
 	@tests/abi/run_calling_forms_check.sh build/i386/pelm_calling_forms_check
 
 # The Linux backend on the real kernel HID stack: a VM whose panels are uhid
-# devices (about half a minute under software emulation).
+# devices (about half a minute under software emulation), then a desktop-like
+# VM, with udevd and the project's rule, where the tests run as an ordinary
+# user on panels the panel server makes (about twenty seconds).
 vm-test:
 	@echo "=== Linux backend in a VM with uhid panels ==="
 	@cmake --build --preset debug --target pelm_vm_tests
 	@tests/vm/run build/debug/tests/vm/pelm_vm_tests --gtest_color=no
+	@echo "=== Linux backend in a desktop VM: udevd, the udev rule, an ordinary user ==="
+	@cmake --build --preset debug --target pelm_desktop_tests pelm-panel-server
+	@testbed/vm/run-desktop --rule build/debug/70-pelmdev.rules --panel-server build/debug/testbed/pelm-panel-server \
+	  build/debug/tests/desktop/pelm_desktop_tests --gtest_color=no
 
 # The 64-bit DLL as a Windows host runs it: under Wine in the desktop VM, on
 # uhid panels the panel server makes. The first run prepares and caches the

@@ -106,7 +106,17 @@ void PanelServerClient::Unplug(int port) { Call("unplug " + std::to_string(port)
 void PanelServerClient::Replug(int port) { Call("replug " + std::to_string(port)); }
 
 void PanelServerClient::Input(int port, const std::vector<uint8_t>& report) {
-  Call("input " + std::to_string(port) + " " + ToHex(report));
+  Input(port, std::vector<std::vector<uint8_t>>{report});
+}
+
+void PanelServerClient::Input(int port, const std::vector<std::vector<uint8_t>>& reports) {
+  // Appended piece by piece: GCC 12 at -O3 misreads `" " + string` as an overlapping copy.
+  std::string request = "input " + std::to_string(port);
+  for (const std::vector<uint8_t>& report : reports) {
+    request += ' ';
+    request += ToHex(report);
+  }
+  Call(request);
 }
 
 std::vector<ServerTransfer> PanelServerClient::Transfers(const std::string& reply) {

@@ -40,6 +40,8 @@ class PanelServerClient {
   void Unplug(int port);
   void Replug(int port);
   void Input(int port, const std::vector<uint8_t>& report);
+  // Several reports in one request: back to back, as a busy device sends them.
+  void Input(int port, const std::vector<std::vector<uint8_t>>& reports);
   std::vector<ServerTransfer> Received(int port);
   std::vector<ServerTransfer> WaitReceived(int port, std::size_t count, int timeoutMs);
   void FailSends(int port, int count);

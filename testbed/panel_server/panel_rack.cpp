@@ -163,10 +163,15 @@ std::string PanelRack::Handle(const std::string& line) try {
     return "ok";
   }
   if (verb == "input") {
-    ExpectArguments(words, 2, 2, "input PORT HEX");
-    const std::optional<std::vector<uint8_t>> report = FromHex(words[2]);
-    if (!report || report->empty()) throw RequestError("bad report '" + words[2] + "' (two hex digits a byte)");
-    if (!PanelOn(Port(words[1]))->InjectInput(*report)) throw RequestError("the kernel refused the input report");
+    if (words.size() < 3) throw RequestError("usage: input PORT HEX [HEX...]");
+    const std::shared_ptr<vm::UhidPanel> panel = PanelOn(Port(words[1]));
+    for (std::size_t i = 2; i < words.size(); ++i) {
+      const std::optional<std::vector<uint8_t>> report = FromHex(words[i]);
+      if (!report || report->empty()) throw RequestError("bad report '" + words[i] + "' (two hex digits a byte)");
+      if (!panel->InjectInput(*report)) {
+        throw RequestError("the kernel refused input report " + std::to_string(i - 1) + " (is the panel plugged?)");
+      }
+    }
     return "ok";
   }
   if (verb == "received") {

@@ -153,8 +153,16 @@ bool UhidPanel::WaitForReceived(const std::function<bool(const std::vector<Trans
 }
 
 bool UhidPanel::IsOpen() const {
-  std::lock_guard hold(mutex_);
-  return open_;
+  constexpr auto kLongestCatchUp = std::chrono::seconds(10);
+  constexpr auto kRecheck = std::chrono::milliseconds(1);
+  const auto end = std::chrono::steady_clock::now() + kLongestCatchUp;
+  std::unique_lock hold(mutex_);
+  for (;;) {
+    pollfd waiting{uhid_, POLLIN, 0};
+    const bool eventWaits = poll(&waiting, 1, 0) > 0 && (waiting.revents & POLLIN) != 0;
+    if ((!handling_ && !eventWaits) || std::chrono::steady_clock::now() >= end) return open_;
+    changed_.wait_for(hold, kRecheck);
+  }
 }
 
 void UhidPanel::Record(TransferKind kind, const uint8_t* data, std::size_t size, bool accepted) {
@@ -212,7 +220,15 @@ void UhidPanel::Serve() {
     if (waits[1].revents != 0) return;
     if ((waits[0].revents & POLLIN) == 0) continue;
     uhid_event event{};
-    if (read(uhid_, &event, sizeof event) <= 0) continue;
+    {
+      std::lock_guard hold(mutex_);
+      handling_ = true;
+    }
+    if (read(uhid_, &event, sizeof event) <= 0) {
+      std::lock_guard hold(mutex_);
+      handling_ = false;
+      continue;
+    }
     switch (event.type) {
       case UHID_OPEN:
       case UHID_CLOSE: {
@@ -233,6 +249,9 @@ void UhidPanel::Serve() {
       default:
         break;
     }
+    std::lock_guard hold(mutex_);
+    handling_ = false;
+    changed_.notify_all();
   }
 }
 

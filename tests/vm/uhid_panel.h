@@ -79,7 +79,10 @@ class UhidPanel {
   // Waits (bounded) until `predicate` holds for what was received.
   bool WaitForReceived(const std::function<bool(const std::vector<Transfer>&)>& predicate,
                        std::chrono::milliseconds timeout = std::chrono::seconds(10)) const;
-  // Whether any hidraw handle of the device is open now, as the kernel tells it.
+  // Whether any hidraw handle of the device is open now, as the kernel tells
+  // it: every open and close that returned before the call is counted (the
+  // kernel queues their news before it returns; this waits, bounded, until the
+  // serving thread took all of it).
   bool IsOpen() const;
   // What the panel answers a feature read of `reportId` with; empty when it
   // refuses the read.
@@ -108,6 +111,7 @@ class UhidPanel {
   int failSends_ = 0;
   bool failFeatureReads_ = false;
   bool open_ = false;
+  bool handling_ = false;  // the serving thread took an event and has not acted on it yet
   std::thread server_;
 };
 
