@@ -54,7 +54,7 @@ std::size_t DeviceReportLength(int32_t typeCode) {
 
 // Wine installs each new HID device, slowly under emulation; Init then opens
 // them all (half a minute to three under load).
-constexpr int kDeviceArrivalDeadlineMs = 300000;
+constexpr int kDeviceArrivalDeadlineMs = 600000;
 constexpr int kInitDeadlineMs = 300000;
 
 constexpr uint16_t kForeignVendorId = 0x1234;
