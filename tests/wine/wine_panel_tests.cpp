@@ -1,0 +1,483 @@
+// PELMDEV.dll as a Windows host loads it, under Wine, on kernel HID devices:
+// the panels are uhid devices made by the panel server in the VM, Wine's HID
+// bus hands them to the DLL through hidclass, and everything here goes through
+// the DLL's exports. One run covers every check, in order, with one Init for
+// most of them, because each start of Wine under emulation costs half a minute.
+//
+// Prints one line per check group and a summary; exits 0 only when all pass.
+
+// clang-format off
+#include <windows.h>
+#include <setupapi.h>
+// clang-format on
+
+#include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <mutex>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "core/pelm_dev.h"
+#include "tests/models_under_test.h"
+#include "platform/win32/win32_hid.h"
+#include "testbed/panel_server/panel_client.h"
+#include "tests/wine/wine_checks.h"
+
+namespace pelm::wine {
+namespace {
+
+using test::kModels;
+using test::ModelUnderTest;
+
+// Every model sits on the port of its position in kModels, counted from 1.
+int PortOf(int32_t typeCode) {
+  for (std::size_t i = 0; i < std::size(kModels); ++i)
+    if (kModels[i].typeCode == typeCode) return static_cast<int>(i) + 1;
+  return -1;
+}
+
+// Two panels declare reports four times as long as usual: the DLL must pad to
+// whatever length a device declares, not to one it assumes.
+constexpr std::size_t kLongReportLength = 32;
+bool DeclaresLongReports(int32_t typeCode) {
+  return typeCode == PELM_MODEL_RADIO || typeCode == PELM_MODEL_KEYPAD;
+}
+
+std::size_t DeviceReportLength(int32_t typeCode) {
+  return DeclaresLongReports(typeCode) ? kLongReportLength : kDefaultReportLength;
+}
+
+// Wine installs each new HID device, slowly under emulation; Init then opens
+// them all (half a minute to three under load).
+constexpr int kDeviceArrivalDeadlineMs = 600000;
+constexpr int kInitDeadlineMs = 300000;
+
+constexpr uint16_t kForeignVendorId = 0x1234;
+constexpr int kForeignPort = 99;
+// Ports of the panels that arrive while the DLL runs.
+constexpr int kArrivingPort = 40;
+constexpr int kArrivingAfterReinitPort = 41;
+constexpr uint16_t kButtonsProductId = 0x0020;
+constexpr uint16_t kRadioProductId = 0x0050;
+
+std::string Hex4(uint16_t value) {
+  char text[8];
+  std::snprintf(text, sizeof text, "%04X", value);
+  return text;
+}
+
+std::string SerialFor(int port) { return "WINE-SN-" + std::to_string(port); }
+
+std::string PlugOptions(int port, std::size_t reportLength = kDefaultReportLength) {
+  return "serial=" + SerialFor(port) + " length=" + std::to_string(reportLength);
+}
+
+// Hot-plug and input callbacks, in both calling forms, recorded for the checks.
+struct Event {
+  int32_t modelType;
+  int32_t deviceIndex;
+  int32_t kind;
+  bool operator==(const Event&) const = default;
+};
+std::mutex recordMutex;
+std::vector<Event> connectEvents;
+std::vector<int32_t> cdeclInputModels;
+std::vector<int32_t> stdcallInputModels;
+
+std::string DescribeEvents(const std::vector<Event>& events) {
+  std::ostringstream text;
+  for (const Event& event : events)
+    text << "(model " << event.modelType << " index " << event.deviceIndex << ' '
+         << (event.kind == PELM_EVENT_ARRIVAL ? "arrival" : "removal") << ") ";
+  return events.empty() ? "none" : text.str();
+}
+
+template <class T>
+std::vector<T> Snapshot(const std::vector<T>& recorded) {
+  std::lock_guard hold(recordMutex);
+  return recorded;
+}
+void ClearRecords() {
+  std::lock_guard hold(recordMutex);
+  connectEvents.clear();
+  cdeclInputModels.clear();
+  stdcallInputModels.clear();
+}
+
+void PELM_STDCALL OnConnect(int32_t modelType, int32_t deviceIndex, int32_t event) {
+  std::lock_guard hold(recordMutex);
+  connectEvents.push_back({modelType, deviceIndex, event});
+}
+void PELM_CDECL OnInputCdecl(int32_t modelType, int32_t, void*) {
+  std::lock_guard hold(recordMutex);
+  cdeclInputModels.push_back(modelType);
+}
+void PELM_STDCALL OnInputStdcall(int32_t modelType, int32_t, void*) {
+  std::lock_guard hold(recordMutex);
+  stdcallInputModels.push_back(modelType);
+}
+
+bool Contains(const std::vector<int32_t>& models, int32_t model) {
+  return std::find(models.begin(), models.end(), model) != models.end();
+}
+
+// Hot-plug reaches the DLL as window messages to the thread that called Init.
+bool PumpUntil(const std::function<bool()>& condition) {
+  return WaitUntil([&condition] {
+    MSG message;
+    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageA(&message);
+    return condition();
+  });
+}
+
+// HID interfaces of the panels' and the foreign vendor present to Windows now:
+// Wine's HID bus adds the kernel's devices a moment after they appear.
+std::size_t PresentInterfaces() {
+  GUID hidGuid;
+  HidD_GetHidGuid(&hidGuid);
+  HDEVINFO set = SetupDiGetClassDevsA(&hidGuid, nullptr, nullptr, DIGCF_PRESENT | DIGCF_DEVICEINTERFACE);
+  if (set == INVALID_HANDLE_VALUE) return 0;
+  SP_DEVICE_INTERFACE_DATA data{};
+  data.cbSize = sizeof data;
+  std::size_t count = 0;
+  for (DWORD index = 0; SetupDiEnumDeviceInterfaces(set, nullptr, &hidGuid, index, &data); ++index) ++count;
+  SetupDiDestroyDeviceInfoList(set);
+  return count;
+}
+
+// Under Wine a window that registers for device notifications before the
+// PlugPlay service runs never receives them.
+bool WaitForPlugPlay() {
+  SC_HANDLE manager = OpenSCManagerA(nullptr, nullptr, SC_MANAGER_CONNECT);
+  if (!manager) return false;
+  SC_HANDLE service = OpenServiceA(manager, "PlugPlay", SERVICE_QUERY_STATUS | SERVICE_START);
+  bool running = false;
+  if (service) {
+    running = WaitUntil(
+        [service] {
+          SERVICE_STATUS status{};
+          if (!QueryServiceStatus(service, &status)) return false;
+          if (status.dwCurrentState == SERVICE_STOPPED) StartServiceA(service, 0, nullptr);
+          return status.dwCurrentState == SERVICE_RUNNING;
+        },
+        kSlowDeadlineMs);
+    CloseServiceHandle(service);
+  }
+  CloseServiceHandle(manager);
+  return running;
+}
+
+// --- the checks, in the order they run --------------------------------------
+
+void EnumerationFindsEveryModelWithItsSerialAndSkipsAForeignDevice() {
+  for (const ModelUnderTest& model : kModels) {
+    const int port = PortOf(model.typeCode);
+    CHECK_MSG(model.count() == 1u, "model " << model.typeCode << " count " << model.count());
+    PelmDevInfo2 info{};
+    info.structSize = sizeof info;
+    CHECK_MSG(PelmDev_GetDeviceInfo2(model.typeCode, 0, &info) == PELM_SUCCESS, "model " << model.typeCode);
+    const std::string path = info.devicePath;
+    const std::string ids = "VID_" + Hex4(PELM_VENDOR_ID) + "&PID_" + Hex4(model.productId);
+    CHECK_MSG(path.find(ids) != std::string::npos, "model " << model.typeCode << " path " << path);
+    CHECK_MSG(path.find_first_of("abcdefghijklmnopqrstuvwxyz") == std::string::npos, "path not upper-case: " << path);
+    CHECK_MSG(info.serialNumber == (model.readsSerial ? SerialFor(port) : std::string()),
+              "model " << model.typeCode << " serial '" << info.serialNumber << "'");
+  }
+  // Wine's HID bus holds every hidraw node open itself, so which devices the
+  // DLL opened shows only in what it counts.
+  CHECK_MSG(PelmRadio_GetNumDevices() == 1u, "the foreign device with the radio's product ID counted as a radio");
+}
+
+struct SetterCase {
+  const char* name;
+  int32_t typeCode;
+  int32_t (*call)();
+  char kind;  // 'F' feature, 'O' output report
+  Report expected;
+};
+
+// One or two setters of every model that sends, and the report the device
+// receives: these bytes first, then zeros to the length the device declares.
+const SetterCase kSetterCases[] = {
+    {"alpha text", PELM_MODEL_ALPHA, [] { return PelmAlpha_SetAlpha(0, "ab"); }, 'F', {3, 0x22, 0x37, 0x0A, 0x8F}},
+    {"alpha 2 numeric", PELM_MODEL_ALPHA2, [] { return PelmAlpha2_SetNumeric(0, "123456789"); }, 'F',
+     {5, 0x7D, 0x6D, 0x66, 0x4F, 0x5B, 0x06}},
+    {"buttons lamps", PELM_MODEL_BUTTONS, [] { return PelmButtons_SetIndicators(0, 0x1A5); }, 'F', {2, 0xA5}},
+    {"toggles brightness", PELM_MODEL_TOGGLES, [] { return PelmToggles_SetBrightness_stdcall(0, 0x1F); }, 'F',
+     {3, 0x0F}},
+    {"knobs lamps", PELM_MODEL_KNOBS, [] { return PelmKnobs_SetIndicators(0, 0x5C); }, 'F', {2, 0x5C}},
+    {"gear lamps keep the always-lit two", PELM_MODEL_GEAR, [] { return PelmGear_SetIndicators(0, 0x1F0); }, 'F',
+     {2, 0xF3}},
+    {"gear 2 brightness", PELM_MODEL_GEAR2, [] { return PelmGear2_SetBrightness(0, 0x1F); }, 'F', {3, 0x0F}},
+    {"keypad lamps", PELM_MODEL_KEYPAD, [] { return PelmKeypad_SetIndicators(0, 0x142); }, 'O', {2, 0x42}},
+    {"warning colour", PELM_MODEL_WARNING, [] { return PelmWarning_SetIndColor(0, 4, 10, 20, 0x11E); }, 'O',
+     {2, 4, 10, 20, 30}},
+    {"i/o board outputs", PELM_MODEL_IOBOARD, [] { return PelmIoBoard_SetIndicators(0, 1, 2, 3, 0x104); }, 'O',
+     {2, 1, 2, 3, 4}},
+    {"radio text", PELM_MODEL_RADIO, [] { return PelmRadio_SetLDisplayText(0, "123.45"); }, 'F',
+     {3, 0x06, 0x5B, 0xCF, 0x66, 0x6D}},
+    {"squawk brightness", PELM_MODEL_SQUAWK, [] { return PelmSquawk_SetBrightness_stdcall(0, 0x1F); }, 'F',
+     {4, 0x0F}},
+    {"autopilot text", PELM_MODEL_AUTOPILOT, [] { return PelmAutopilot_SetDDisplayText(0, "1234567"); }, 'F',
+     {9, 6, 0x5B, 0x4F, 0x66, 0x6D, 0x7D}},
+    {"autopilot 2 lamps", PELM_MODEL_AUTOPILOT2, [] { return PelmAutopilot2_SetIndicators(0, 0x01020304); }, 'F',
+     {15, 1, 2, 3, 4}},
+};
+
+// The report as the device declares it: `bytes`, then zeros to its length.
+bool IsPadded(const Report& received, const Report& bytes, std::size_t deviceLength) {
+  return received.size() == deviceLength && std::equal(bytes.begin(), bytes.end(), received.begin()) &&
+         std::all_of(received.begin() + static_cast<std::ptrdiff_t>(bytes.size()), received.end(),
+                     [](uint8_t byte) { return byte == 0; });
+}
+
+void SettersReachTheDeviceByteForByte(PanelServerClient& server) {
+  for (const SetterCase& setter : kSetterCases) {
+    const int port = PortOf(setter.typeCode);
+    server.Received(port);
+    CHECK_MSG(setter.call() == PELM_SUCCESS, setter.name);
+    const std::vector<ServerTransfer> received = server.WaitReceived(port, 1, kTransferDeadlineMs);
+    const bool arrived = !received.empty() && received[0].kind == setter.kind && !received[0].refused &&
+                         IsPadded(received[0].bytes, setter.expected, DeviceReportLength(setter.typeCode));
+    CHECK_MSG(arrived, setter.name << ": the device received " << Describe(received));
+  }
+}
+
+struct BrightnessCase {
+  int32_t typeCode;
+  int32_t (*set)(uint32_t);
+  // Reads the level back from the device; false when the getter failed with `status`.
+  int32_t (*get)(int64_t* level);
+};
+
+template <class Level, class Getter>
+int32_t ReadLevel(Getter getter, int64_t* level) {
+  Level value{};
+  const int32_t status = getter(0, &value);
+  *level = static_cast<int64_t>(value);
+  return status;
+}
+
+// Every model whose brightness getter asks the device with a feature read.
+const BrightnessCase kBrightnessCases[] = {
+    {PELM_MODEL_ALPHA2, [](uint32_t v) { return PelmAlpha2_SetBrightness(0, v); },
+     [](int64_t* v) { return ReadLevel<uint16_t>(PelmAlpha2_GetBrightness, v); }},
+    {PELM_MODEL_BUTTONS, [](uint32_t v) { return PelmButtons_SetBrightness(0, v); },
+     [](int64_t* v) { return ReadLevel<uint16_t>(PelmButtons_GetBrightness_stdcall, v); }},
+    {PELM_MODEL_TOGGLES, [](uint32_t v) { return PelmToggles_SetBrightness(0, v); },
+     [](int64_t* v) { return ReadLevel<uint16_t>(PelmToggles_GetBrightness, v); }},
+    {PELM_MODEL_KNOBS, [](uint32_t v) { return PelmKnobs_SetBrightness(0, v); },
+     [](int64_t* v) { return ReadLevel<uint16_t>(PelmKnobs_GetBrightness, v); }},
+    {PELM_MODEL_GEAR, [](uint32_t v) { return PelmGear_SetBrightness(0, v); },
+     [](int64_t* v) { return ReadLevel<uint16_t>(PelmGear_GetBrightness, v); }},
+    {PELM_MODEL_GEAR2, [](uint32_t v) { return PelmGear2_SetBrightness(0, v); },
+     [](int64_t* v) { return ReadLevel<uint16_t>(PelmGear2_GetBrightness, v); }},
+    {PELM_MODEL_RADIO, [](uint32_t v) { return PelmRadio_SetBrightness(0, v); },
+     [](int64_t* v) { return ReadLevel<uint16_t>(PelmRadio_GetBrightness, v); }},
+    {PELM_MODEL_SQUAWK, [](uint32_t v) { return PelmSquawk_SetBrightness(0, v); },
+     [](int64_t* v) { return ReadLevel<uint32_t>(PelmSquawk_GetBrightness, v); }},
+    {PELM_MODEL_AUTOPILOT, [](uint32_t v) { return PelmAutopilot_SetBrightness(0, v); },
+     [](int64_t* v) { return ReadLevel<uint16_t>(PelmAutopilot_GetBrightness, v); }},
+    {PELM_MODEL_AUTOPILOT2, [](uint32_t v) { return PelmAutopilot2_SetBrightness(0, v); },
+     [](int64_t* v) { return ReadLevel<uint16_t>(PelmAutopilot2_GetBrightness_stdcall, v); }},
+};
+
+void FeatureGettersReadTheDeviceAndReportItsFailure(PanelServerClient& server) {
+  constexpr uint32_t kLevel = 9;
+  for (const BrightnessCase& model : kBrightnessCases) {
+    const int port = PortOf(model.typeCode);
+    server.Received(port);
+    CHECK_MSG(model.set(kLevel) == PELM_SUCCESS, "model " << model.typeCode);
+    CHECK_MSG(!server.WaitReceived(port, 1, kTransferDeadlineMs).empty(), "model " << model.typeCode << ": the level never arrived");
+    int64_t level = -1;
+    const int32_t status = model.get(&level);
+    CHECK_MSG(status == PELM_SUCCESS && level == kLevel,
+              "model " << model.typeCode << ": status " << status << " level " << level);
+    server.FailFeatureReads(port, true);
+    CHECK_MSG(model.get(&level) == PELM_ERR_IO, "model " << model.typeCode << ": a refused read did not fail");
+    server.FailFeatureReads(port, false);
+  }
+}
+
+// An input report of the length the device declares, byte 0 its ID.
+Report InputReport(int32_t typeCode, std::initializer_list<uint8_t> payload) {
+  Report report(DeviceReportLength(typeCode), 0);
+  report[0] = kInputReportId;
+  std::copy(payload.begin(), payload.end(), report.begin() + 1);
+  return report;
+}
+
+void InputReachesCallbacksInBothFormsAndTheGetters(PanelServerClient& server) {
+  ClearRecords();
+  CHECK(PelmDev_RegisterInputCallback(OnInputCdecl) == 1u);
+  for (const ModelUnderTest& model : kModels) {
+    server.Input(PortOf(model.typeCode), InputReport(model.typeCode, {0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77}));
+    CHECK_MSG(WaitUntil([&model] { return Contains(Snapshot(cdeclInputModels), model.typeCode); }),
+              "no input callback for model " << model.typeCode);
+  }
+  CHECK(PelmDev_UnregisterInputCallback() == 1u);
+  CHECK(PelmDev_RegisterInputCallback_stdcall(OnInputStdcall) == 1u);
+  server.Input(PortOf(PELM_MODEL_RADIO), InputReport(PELM_MODEL_RADIO, {0xFF, 0x02, 0x05}));
+  CHECK(WaitUntil([] { return Contains(Snapshot(stdcallInputModels), PELM_MODEL_RADIO); }));
+  CHECK(WaitUntil([] {
+    int16_t dial1 = 0, dial2 = 0;
+    uint8_t switches = 0;
+    return PelmRadio_GetControlVals(0, &dial1, &dial2, &switches) == PELM_SUCCESS && dial1 == -1 && dial2 == 2 &&
+           switches == 0x05;
+  }));
+  CHECK(PelmDev_UnregisterInputCallback_stdcall() == 1u);
+}
+
+// Sends `first` while the device refuses `refusals` sends, then `second`, and
+// returns every transfer the device saw.
+std::vector<ServerTransfer> SendThroughRefusals(PanelServerClient& server, int32_t typeCode, int refusals,
+                                          int32_t (*first)(), int32_t (*second)(), std::size_t expectedTransfers) {
+  const int port = PortOf(typeCode);
+  server.Received(port);
+  server.FailSends(port, refusals);
+  CHECK(first() == PELM_SUCCESS);
+  std::vector<ServerTransfer> seen = server.WaitReceived(port, static_cast<std::size_t>(refusals), kTransferDeadlineMs);
+  CHECK(second() == PELM_SUCCESS);
+  const std::vector<ServerTransfer> rest = server.WaitReceived(port, expectedTransfers - seen.size(), kTransferDeadlineMs);
+  seen.insert(seen.end(), rest.begin(), rest.end());
+  return seen;
+}
+
+// What the device saw, as "1!" per refused report of payload 1 and "2" per taken one.
+std::string Outcomes(const std::vector<ServerTransfer>& transfers) {
+  std::string text;
+  for (const ServerTransfer& transfer : transfers) {
+    if (!text.empty()) text += ' ';
+    text += transfer.bytes.size() > 1 ? std::to_string(transfer.bytes[1]) : "?";
+    if (transfer.refused) text += '!';
+  }
+  return text;
+}
+
+void WritersDropRetryOrGiveUpAfterThreeAsTheirModelSays(PanelServerClient& server) {
+  // Buttons: a refused report is dropped.
+  std::string seen = Outcomes(SendThroughRefusals(
+      server, PELM_MODEL_BUTTONS, 1, [] { return PelmButtons_SetIndicators(0, 1); },
+      [] { return PelmButtons_SetIndicators(0, 2); }, 2));
+  CHECK_MSG(seen == "1! 2", "buttons: " << seen);
+  // Gear: retried until the device takes it.
+  seen = Outcomes(SendThroughRefusals(
+      server, PELM_MODEL_GEAR, 2, [] { return PelmGear_SetBrightness(0, 1); },
+      [] { return PelmGear_SetBrightness(0, 2); }, 4));
+  CHECK_MSG(seen == "1! 1! 1 2", "gear: " << seen);
+  // Radio: retried, but three refusals in a row drop it.
+  seen = Outcomes(SendThroughRefusals(
+      server, PELM_MODEL_RADIO, 3, [] { return PelmRadio_SetIndicators(0, 1); },
+      [] { return PelmRadio_SetIndicators(0, 2); }, 4));
+  CHECK_MSG(seen == "1! 1! 1! 2", "radio, three refusals: " << seen);
+  seen = Outcomes(SendThroughRefusals(
+      server, PELM_MODEL_RADIO, 2, [] { return PelmRadio_SetIndicators(0, 3); },
+      [] { return PelmRadio_SetIndicators(0, 4); }, 4));
+  CHECK_MSG(seen == "3! 3! 3 4", "radio, two refusals: " << seen);
+}
+
+void HotPlugThroughTheHiddenWindowKeepsAReturningPanelsSlot(PanelServerClient& server) {
+  ClearRecords();
+  CHECK(PelmDev_RegisterConnectCallback_stdcall(OnConnect) == 1u);
+  const int buttonsPort = PortOf(PELM_MODEL_BUTTONS);
+  server.Unplug(buttonsPort);
+  CHECK_MSG(PumpUntil([] { return Snapshot(connectEvents).size() >= 1; }), "no removal reached the host");
+  server.Replug(buttonsPort);
+  CHECK_MSG(PumpUntil([] { return Snapshot(connectEvents).size() >= 2; }), "no arrival reached the host");
+  server.Plug(kButtonsProductId, kArrivingPort, PlugOptions(kArrivingPort));
+  CHECK_MSG(PumpUntil([] { return Snapshot(connectEvents).size() >= 3; }), "the new panel's arrival was lost");
+  const std::vector<Event> expected{{PELM_MODEL_BUTTONS, 0, PELM_EVENT_REMOVAL},
+                                    {PELM_MODEL_BUTTONS, 0, PELM_EVENT_ARRIVAL},
+                                    {PELM_MODEL_BUTTONS, 1, PELM_EVENT_ARRIVAL}};
+  CHECK_MSG(Snapshot(connectEvents) == expected, "events: " << DescribeEvents(Snapshot(connectEvents)));
+  CHECK(PelmButtons_GetNumDevices() == 2u);
+  // The returning panel is driven again.
+  server.Received(buttonsPort);
+  CHECK(PelmButtons_SetIndicators(0, 0x33) == PELM_SUCCESS);
+  const std::vector<ServerTransfer> received = server.WaitReceived(buttonsPort, 1, kTransferDeadlineMs);
+  CHECK_MSG(!received.empty() && IsPadded(received[0].bytes, {2, 0x33}, kDefaultReportLength),
+            "the returning panel received " << Describe(received));
+}
+
+DWORD WINAPI TerminateOnThisThread(void*) {
+  PelmDev_Terminate();
+  return 0;
+}
+
+// Terminate from a thread other than Init's, bounded, and a second Init on this
+// thread follows hot-plug again (the first window retired).
+void TerminateFromAnotherThreadIsPromptAndLeavesHotPlugWorking(PanelServerClient& server) {
+  const DWORD started = GetTickCount();
+  HANDLE thread = CreateThread(nullptr, 0, TerminateOnThisThread, nullptr, 0, nullptr);
+  CHECK(thread != nullptr);
+  DWORD waited = WAIT_FAILED;
+  // The window's owner must be free to take the request to retire it.
+  CHECK_MSG(PumpUntil([&] { return (waited = WaitForSingleObject(thread, 0)) == WAIT_OBJECT_0; }),
+            "Terminate hangs");
+  CloseHandle(thread);
+  std::printf("Terminate with %zu panels took %lu ms\n", std::size(kModels) + 1,
+              static_cast<unsigned long>(GetTickCount() - started));
+
+  ClearRecords();
+  PelmDev_Init(GetModuleHandleA(nullptr));
+  CHECK(PelmDev_RegisterConnectCallback_stdcall(OnConnect) == 1u);
+  server.Plug(kButtonsProductId, kArrivingAfterReinitPort, PlugOptions(kArrivingAfterReinitPort));
+  CHECK_MSG(PumpUntil([] { return !Snapshot(connectEvents).empty(); }),
+            "after Terminate on another thread, a new Init hears no arrival");
+  PelmDev_Terminate();
+}
+
+}  // namespace
+}  // namespace pelm::wine
+
+int main() {
+  using namespace pelm::wine;
+  std::setvbuf(stdout, nullptr, _IONBF, 0);
+  const std::string address = PanelServerClient::AddressFromEnvironment();
+  if (address.empty()) return Fail("PELM_PANEL_SERVER (127.0.0.1:PORT of the panel server) is not set");
+  try {
+    PanelServerClient server(address);
+    const DWORD started = GetTickCount();
+    if (!WaitForPlugPlay()) return Fail("the PlugPlay service does not run: no hot-plug would reach a window");
+    std::printf("PlugPlay runs after %lu ms\n", static_cast<unsigned long>(GetTickCount() - started));
+    for (const ModelUnderTest& model : kModels) {
+      const int port = PortOf(model.typeCode);
+      server.Plug(model.productId, port, PlugOptions(port, DeviceReportLength(model.typeCode)));
+    }
+    server.Plug(kRadioProductId, kForeignPort, PlugOptions(kForeignPort) + " vendor=" + Hex4(kForeignVendorId));
+    const std::size_t devices = std::size(kModels) + 1;
+    std::size_t shown = 0;
+    if (!WaitUntil(
+            [&] {
+              const std::size_t present = PresentInterfaces();
+              if (present != shown)
+                std::printf("%zu devices present after %lu ms\n", shown = present,
+                            static_cast<unsigned long>(GetTickCount() - started));
+              return present >= devices;
+            },
+            kDeviceArrivalDeadlineMs))
+      return Fail("Wine's HID bus shows " + std::to_string(PresentInterfaces()) + " of " + std::to_string(devices) +
+                  " devices: is systemd-udevd running in the VM?");
+    {
+      // An enumeration that never ends must not hang the run.
+      const Watchdog watchdog("PelmDev_Init", kInitDeadlineMs);
+      PelmDev_Init_stdcall(GetModuleHandleA(nullptr));
+    }
+    std::printf("Init done after %lu ms\n", static_cast<unsigned long>(GetTickCount() - started));
+    RUN(EnumerationFindsEveryModelWithItsSerialAndSkipsAForeignDevice);
+    RUN(SettersReachTheDeviceByteForByte, server);
+    RUN(FeatureGettersReadTheDeviceAndReportItsFailure, server);
+    RUN(InputReachesCallbacksInBothFormsAndTheGetters, server);
+    RUN(WritersDropRetryOrGiveUpAfterThreeAsTheirModelSays, server);
+    RUN(HotPlugThroughTheHiddenWindowKeepsAReturningPanelsSlot, server);
+    RUN(TerminateFromAnotherThreadIsPromptAndLeavesHotPlugWorking, server);
+  } catch (const std::exception& error) {
+    return Fail(error.what());
+  }
+  return Summary();
+}
