@@ -3,7 +3,7 @@
 // forwards to the default form.
 
 #include "core/core_exports.h"
-#include "core/export_shim.h"
+#include "exports/export_shim.h"
 #include "core/lifecycle.h"
 #include "core/pelm_dev.h"
 #include "core/pelm_dev_ext.h"
