@@ -1,6 +1,7 @@
 #include "platform/sim/sim_bus.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <thread>
 
 namespace pelm::sim {
@@ -186,6 +187,14 @@ std::shared_ptr<SimDevice> Bus::Find(const std::string& path) const {
     if (device->description_.path == path) return device;
   }
   return nullptr;
+}
+
+std::string PanelPath(uint16_t productId, int instance) {
+  char path[160];
+  std::snprintf(path, sizeof path,
+                "\\\\?\\hid#vid_%04x&pid_%04x#7&sim&0&%04d#{4d1e55b2-f16f-11cf-88cb-001111000030}",
+                PELM_VENDOR_ID, productId, instance);
+  return path;
 }
 
 void Bus::Reset() {

@@ -47,6 +47,10 @@ struct LogEntry {
 
 class Bus;
 
+// The interface path of simulated panel `instance` of a product, in lower case,
+// shaped as Windows names HID interfaces.
+std::string PanelPath(uint16_t productId, int instance);
+
 // One simulated device. It keeps its log and faults across unplug and replug.
 class SimDevice {
  public:
