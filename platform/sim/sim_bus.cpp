@@ -204,6 +204,7 @@ void Bus::Reset() {
     devices.swap(devices_);
     presentOrder_.clear();
     failListing_ = false;
+    failReadCancels_ = false;
     failListSteps_ = 0;
   }
   for (const auto& device : devices) {
@@ -220,6 +221,11 @@ void Bus::FailListing(bool fail) {
   failListing_ = fail;
 }
 
+void Bus::FailReadCancels(bool fail) {
+  std::lock_guard hold(mutex_);
+  failReadCancels_ = fail;
+}
+
 void Bus::FailNextListSteps(int count) {
   std::lock_guard hold(mutex_);
   failListSteps_ = count;
@@ -233,6 +239,11 @@ std::vector<std::string> Bus::PresentPaths() const {
 bool Bus::ListingFails() const {
   std::lock_guard hold(mutex_);
   return failListing_;
+}
+
+bool Bus::ReadCancelsFail() const {
+  std::lock_guard hold(mutex_);
+  return failReadCancels_;
 }
 
 bool Bus::ConsumeListStepFailure() {

@@ -8,6 +8,8 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <memory>
+#include <new>
 #include <thread>
 
 #include "support/library_fixture.h"
@@ -128,6 +130,50 @@ TEST_P(HostSafetyTest, TheContextOfACallbackMayBeFreedOnceUnregistrationReturns)
   });
   host.join();
   EXPECT_FALSE(freedWhileRunning);
+}
+
+// A panel whose feature reads throw, as an allocation deep inside a transfer can.
+std::atomic<bool> featureReadsThrow{false};
+class ThrowingPanel : public sim::GenericPanel {
+ public:
+  bool AnswerFeature(uint8_t* report, uint32_t length) override {
+    if (featureReadsThrow) throw std::bad_alloc();
+    return GenericPanel::AnswerFeature(report, length);
+  }
+};
+
+using HostSafetyFailuresTest = LibraryTest;
+
+TEST_F(HostSafetyFailuresTest, AnExceptionInsideAnExportBecomesItsFailureStatus) {
+  bus().PlugWithPanel(PanelDescription(kButtonsId, 1), std::make_unique<ThrowingPanel>());
+  PelmDev_Init(nullptr);
+  featureReadsThrow = true;
+  uint16_t level = 7;
+  int32_t status = PELM_SUCCESS;
+  EXPECT_NO_THROW(status = PelmButtons_GetBrightness(0, &level));
+  featureReadsThrow = false;
+  EXPECT_EQ(status, PELM_ERR_NOMEM);
+  EXPECT_EQ(level, 7);
+}
+
+TEST_F(HostSafetyFailuresTest, WithoutACancellableReadADeviceIsNotOpenedAndNothingHangs) {
+  Plug(kButtonsId, 1);
+  bus().FailReadCancels(true);
+  PelmDev_Init(kHostInstance);
+  EXPECT_EQ(PelmButtons_GetNumDevices(), 0u);
+  // Nor at arrival, and a device that comes back without one stays away.
+  Plug(kButtonsId, 2);
+  EXPECT_TRUE(WaitUntil([] { return PelmDevExt_DispatchEvents() > 0; }));
+  EXPECT_EQ(PelmButtons_GetNumDevices(), 0u);
+  bus().FailReadCancels(false);
+  PelmDev_Init(kHostInstance);
+  ASSERT_EQ(PelmButtons_GetNumDevices(), 2u);
+  bus().Unplug(InterfacePath(kButtonsId, 1));
+  bus().FailReadCancels(true);
+  Plug(kButtonsId, 1);
+  EXPECT_TRUE(WaitUntil([] { return PelmDevExt_DispatchEvents() > 0; }));
+  EXPECT_EQ(PelmButtons_GetNumDevices(), 1u);
+  PelmDev_Terminate();  // returns: no reader waits for a signal that cannot come
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryCallbackKind, HostSafetyTest, ::testing::ValuesIn(kCallbackCases),
