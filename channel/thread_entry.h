@@ -1,7 +1,8 @@
 #pragma once
-// The outermost frame of every thread the library starts. An exception that
-// reaches it (no memory, or a host callback that throws) ends that thread
-// alone: its owner still joins it, and the host's process goes on.
+// The outermost frame of every thread the library starts (and of every call
+// into the host that a thread makes on its own behalf). An exception that
+// reaches it (no memory, or a host callback that throws) ends that body alone:
+// the thread's owner still joins it, and the host's process goes on.
 
 #include <utility>
 

@@ -10,6 +10,7 @@
 #include <system_error>
 #include <thread>
 
+#include "channel/thread_entry.h"
 #include "core/callback_calls.h"
 #include "core/core_exports.h"
 #include "platform/platform.h"
@@ -101,21 +102,14 @@ void WakeupLoop() {
     {
       CallbackScope running(CallbackKind::Wakeup, Calls(CallbackKind::Wakeup));
       hold.unlock();
-      CallWakeupCallbacks();
+      // A callback that throws costs its own call, not the later ones.
+      RunThreadBody(CallWakeupCallbacks);
     }
     hold.lock();
   }
 }
 
-void WakeupThread() {
-  try {
-    WakeupLoop();
-  } catch (...) {
-    // A callback that throws ends the wakeup calls, not the host's process.
-    std::lock_guard hold(State().wakeupGuard);
-    State().wakeupCalling = false;
-  }
-}
+void WakeupThread() { RunThreadBody(WakeupLoop); }
 
 template <class Callback>
 uint32_t RegisterWakeup(std::atomic<Callback>& slot, Callback callback, int32_t intervalMs) {
