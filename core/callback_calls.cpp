@@ -1,15 +1,10 @@
 #include "core/callback_calls.h"
 
-#include <array>
-
 namespace pelm {
 namespace {
 
-// Calls of each kind under way on this thread (a thread runs at most one kind
-// at a time, but counting keeps nesting honest).
-thread_local std::array<int32_t, kCallbackKindCount> callsOnThisThread{};
-
-int32_t& OwnCalls(CallbackKind kind) { return callsOnThisThread[static_cast<std::size_t>(kind)]; }
+// Callbacks under way on this thread.
+thread_local int32_t callbackDepth = 0;
 
 }  // namespace
 
@@ -26,27 +21,22 @@ void CallsInFlight::Leave() {
   changed_.notify_all();
 }
 
-void CallsInFlight::WaitUntilOnlyOwnCallsRun(CallbackKind kind) {
-  const int32_t own = OwnCalls(kind);
+void CallsInFlight::WaitUntilNoneRuns() {
+  if (InsideCallback()) return;
   std::unique_lock hold(mutex_);
-  changed_.wait(hold, [&] { return running_ <= own; });
+  changed_.wait(hold, [this] { return running_ == 0; });
 }
 
-CallbackScope::CallbackScope(CallbackKind kind, CallsInFlight& calls) : kind_(kind), calls_(calls) {
+CallbackScope::CallbackScope(CallsInFlight& calls) : calls_(calls) {
   calls_.Enter();
-  ++OwnCalls(kind_);
+  ++callbackDepth;
 }
 
 CallbackScope::~CallbackScope() {
-  --OwnCalls(kind_);
+  --callbackDepth;
   calls_.Leave();
 }
 
-bool InsideCallback() {
-  for (const int32_t calls : callsOnThisThread) {
-    if (calls > 0) return true;
-  }
-  return false;
-}
+bool InsideCallback() { return callbackDepth > 0; }
 
 }  // namespace pelm

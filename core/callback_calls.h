@@ -1,7 +1,8 @@
 #pragma once
-// Which host callbacks are running, on which threads: what lets an
-// unregistration wait until no call of its callback runs, and what lets the
-// library refuse a call that would tear down the thread it is made on.
+// Which host callbacks are running, and whether the calling thread is inside
+// one: what lets an unregistration wait until no call of its callback runs,
+// and what lets the library refuse a call that would tear down the thread it
+// is made on.
 
 #include <condition_variable>
 #include <cstddef>
@@ -18,9 +19,10 @@ class CallsInFlight {
  public:
   void Enter();
   void Leave();
-  // Returns once no call of this kind runs except those of the calling thread
-  // (an unregistration from inside its own callback must not wait for itself).
-  void WaitUntilOnlyOwnCallsRun(CallbackKind kind);
+  // Returns once none runs. From inside any callback it returns at once: the
+  // caller's own call must not wait for itself, and two callbacks that each
+  // unregistered the other's kind would wait for each other for ever.
+  void WaitUntilNoneRuns();
 
  private:
   std::mutex mutex_;
@@ -28,17 +30,16 @@ class CallsInFlight {
   int32_t running_ = 0;
 };
 
-// Marks a call of `kind` as running, on this thread and in `calls`, for as long
-// as the scope lasts.
+// Marks a call as running, on this thread and in `calls`, for as long as the
+// scope lasts.
 class CallbackScope {
  public:
-  CallbackScope(CallbackKind kind, CallsInFlight& calls);
+  explicit CallbackScope(CallsInFlight& calls);
   ~CallbackScope();
   CallbackScope(const CallbackScope&) = delete;
   CallbackScope& operator=(const CallbackScope&) = delete;
 
  private:
-  const CallbackKind kind_;
   CallsInFlight& calls_;
 };
 

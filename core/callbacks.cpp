@@ -100,7 +100,7 @@ void WakeupLoop() {
     // Counted as running before the guard is let go, so that an unregistration
     // that has stopped the calls also sees this one and waits for it.
     {
-      CallbackScope running(CallbackKind::Wakeup, Calls(CallbackKind::Wakeup));
+      CallbackScope running(Calls(CallbackKind::Wakeup));
       hold.unlock();
       // A callback that throws costs its own call, not the later ones.
       RunThreadBody(CallWakeupCallbacks);
@@ -141,7 +141,7 @@ uint32_t UnregisterWakeup(std::atomic<Callback>& slot) {
   }
   state.wakeupChanged.notify_all();
   const uint32_t wasSet = slot.exchange(nullptr) != nullptr ? 1 : 0;
-  Calls(CallbackKind::Wakeup).WaitUntilOnlyOwnCallsRun(CallbackKind::Wakeup);
+  Calls(CallbackKind::Wakeup).WaitUntilNoneRuns();
   return wasSet;
 }
 
@@ -172,7 +172,7 @@ template <class Callback>
 uint32_t UnregisterInput(std::atomic<Callback>& slot) {
   if (slot.exchange(nullptr) == nullptr) return 0;
   CloseInputMutex();
-  Calls(CallbackKind::Input).WaitUntilOnlyOwnCallsRun(CallbackKind::Input);
+  Calls(CallbackKind::Input).WaitUntilNoneRuns();
   return 1;
 }
 
@@ -186,7 +186,7 @@ uint32_t RegisterConnect(std::atomic<Callback>& slot, Callback callback) {
 template <class Callback>
 uint32_t UnregisterConnect(std::atomic<Callback>& slot) {
   const uint32_t wasSet = slot.exchange(nullptr) != nullptr ? 1 : 0;
-  Calls(CallbackKind::Connect).WaitUntilOnlyOwnCallsRun(CallbackKind::Connect);
+  Calls(CallbackKind::Connect).WaitUntilNoneRuns();
   return wasSet;
 }
 
@@ -198,7 +198,7 @@ void DispatchInput(int32_t typeCode, int32_t deviceIndex, void* record) {
   // The mutex is let go however the callback ends.
   const std::unique_ptr<platform::NamedMutex, void (*)(platform::NamedMutex*)> unlock(
       mutex.get(), [](platform::NamedMutex* held) { held->Unlock(); });
-  CallbackScope running(CallbackKind::Input, Calls(CallbackKind::Input));
+  CallbackScope running(Calls(CallbackKind::Input));
   if (PelmInputCallback callback = State().input.load()) {
     callback(typeCode, deviceIndex, record);
   } else if (PelmInputCallbackStdcall callback = State().inputStdcall.load()) {
@@ -207,7 +207,7 @@ void DispatchInput(int32_t typeCode, int32_t deviceIndex, void* record) {
 }
 
 void NotifyConnect(int32_t typeCode, int32_t deviceIndex, int32_t event) {
-  CallbackScope running(CallbackKind::Connect, Calls(CallbackKind::Connect));
+  CallbackScope running(Calls(CallbackKind::Connect));
   if (PelmConnectCallback callback = State().connect.load()) callback(typeCode, deviceIndex, event);
   if (PelmConnectCallbackStdcall callback = State().connectStdcall.load()) callback(typeCode, deviceIndex, event);
 }

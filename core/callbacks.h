@@ -9,8 +9,8 @@
 namespace pelm {
 
 // Every call of a host callback is counted while it runs (core/callback_calls.h):
-// an unregistration returns once no call of its callback runs, except a call on
-// its own thread.
+// an unregistration from outside the callbacks returns once no call of its kind
+// runs.
 
 // Calls the host's input callback with a model's input record, under the
 // input-callback mutex (waiting at most a second for it; the event is dropped

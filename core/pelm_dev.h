@@ -20,11 +20,14 @@
  *
  * Waiting for callbacks. An Unregister...Callback function returns only when no
  * call of a callback of its kind is running any more, so that the host may then
- * free whatever the callback uses, or unload its own module; called from inside
- * such a callback it does not wait for that call itself. PelmDev_Terminate waits
- * for running input and wakeup callbacks as it stops the library's threads:
- * when it returns no thread of the library runs, and the library may be
- * unloaded (FreeLibrary, dlclose). Unload it only after PelmDev_Terminate.
+ * free whatever the callback uses, or unload its own module. Called from inside
+ * a callback it returns without waiting (it would wait for its own call, or for
+ * a callback that waits for it); its callback is not called again once it has
+ * returned, but one already under way on another thread may still be running.
+ * PelmDev_Terminate waits for running input and wakeup callbacks as it stops
+ * the library's threads: when it returns no thread of the library runs, and the
+ * library may be unloaded (FreeLibrary, dlclose). Unload it only after
+ * PelmDev_Terminate.
  *
  * Exceptions. None leaves an export: what cannot be done for lack of memory or
  * of an OS resource gives PELM_ERR_NOMEM (model operations), 0 (the functions

@@ -58,7 +58,7 @@ PELM_CORE_SINGLE(uint32_t, PELM_CDECL, PelmDev_RegisterConnectCallback, (PelmCon
 PELM_CORE_SINGLE(uint32_t, PELM_STDCALL, PelmDev_RegisterConnectCallback_stdcall,
                  (PelmConnectCallbackStdcall callback), (callback))
 /* 1 when the own form's connect callback was set and is now cleared, else 0.
- * Returns once no connect callback runs (but for a call from inside one). */
+ * Returns once no connect callback runs (at once from inside a callback). */
 PELM_CORE_SINGLE(uint32_t, PELM_CDECL, PelmDev_UnregisterConnectCallback, (void), ())
 PELM_CORE_SINGLE(uint32_t, PELM_STDCALL, PelmDev_UnregisterConnectCallback_stdcall, (void), ())
 
@@ -71,7 +71,7 @@ PELM_CORE_SINGLE(uint32_t, PELM_CDECL, PelmDev_RegisterInputCallback, (PelmInput
 PELM_CORE_SINGLE(uint32_t, PELM_STDCALL, PelmDev_RegisterInputCallback_stdcall,
                  (PelmInputCallbackStdcall callback), (callback))
 /* 1 when the own form's input callback was set and is now cleared, else 0.
- * Returns once no input callback runs (but for a call from inside one). */
+ * Returns once no input callback runs (at once from inside a callback). */
 PELM_CORE_SINGLE(uint32_t, PELM_CDECL, PelmDev_UnregisterInputCallback, (void), ())
 PELM_CORE_SINGLE(uint32_t, PELM_STDCALL, PelmDev_UnregisterInputCallback_stdcall, (void), ())
 
@@ -85,7 +85,7 @@ PELM_CORE_SINGLE(uint32_t, PELM_CDECL, PelmDev_RegisterWakeupCallback,
 PELM_CORE_SINGLE(uint32_t, PELM_STDCALL, PelmDev_RegisterWakeupCallback_stdcall,
                  (PelmWakeupCallbackStdcall callback, int32_t intervalMs), (callback, intervalMs))
 /* Either form stops the wakeup calls of both forms at once and returns once no
- * wakeup callback runs (but for a call from inside one); 1 when the own form's
+ * wakeup callback runs (at once from inside a callback); 1 when the own form's
  * callback was set (it is cleared), else 0. */
 PELM_CORE_SINGLE(uint32_t, PELM_CDECL, PelmDev_UnregisterWakeupCallback, (void), ())
 PELM_CORE_SINGLE(uint32_t, PELM_STDCALL, PelmDev_UnregisterWakeupCallback_stdcall, (void), ())
