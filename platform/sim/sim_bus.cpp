@@ -132,10 +132,11 @@ void SimDevice::WakeReaders() {
 }
 
 Bus& Bus::Instance() {
-  // Never destroyed: reader threads of a host that never called Terminate may
-  // still use it while the process exits.
-  static Bus* bus = new Bus;
-  return *bus;
+  // Destroyed with the library, so that a host that loads and unloads it again
+  // and again loses no memory; hosts call Terminate, which ends every reader,
+  // before they unload it.
+  static Bus bus;
+  return bus;
 }
 
 std::shared_ptr<SimDevice> Bus::Plug(const DeviceDescription& description, bool notify) {
