@@ -43,14 +43,15 @@ class InProcessMutex {
 template <class Mutex, class Make>
 std::shared_ptr<Mutex> SharedByName(const std::string& name, Make&& make) {
   static std::mutex registryMutex;
-  // Never destroyed: a reader thread may still look a name up while the
-  // process exits.
-  static auto* registry = new std::map<std::string, std::weak_ptr<Mutex>>;
+  // Destroyed with the library, as the mutex guarding it is: nothing looks a
+  // name up after Terminate, and a library loaded again and again keeps no
+  // registry of an earlier load.
+  static std::map<std::string, std::weak_ptr<Mutex>> registry;
   std::lock_guard hold(registryMutex);
-  std::shared_ptr<Mutex> mutex = (*registry)[name].lock();
+  std::shared_ptr<Mutex> mutex = registry[name].lock();
   if (!mutex) {
     mutex = make();
-    (*registry)[name] = mutex;
+    registry[name] = mutex;
   }
   return mutex;
 }
