@@ -128,7 +128,7 @@ def write_tables(root: Path, out: Path) -> None:
     (out / "_tables.py").write_text("\n".join(lines))
 
     stub = ['"""Type stub written by write_tables.py from the C headers; do not edit."""', "",
-            "from typing import NamedTuple, Sequence", "", "from ._panel import Panel", ""]
+            "from typing import Any, NamedTuple, Sequence", "", "from ._panel import Panel", ""]
     for family, model in families.items():
         name = family.removeprefix("Pelm")
         methods = []
@@ -146,7 +146,7 @@ def write_tables(root: Path, out: Path) -> None:
             methods.append(f"    def {snake(op)}(self{''.join(', ' + i for i in inputs)}) -> {result}: ...")
         stub += [f"class {name}(Panel):", "    MODEL_TYPE: int"] + methods + [""]
     stub += ["MODEL_CLASSES: dict[int, type[Panel]]", "def model_class(model_type: int) -> type[Panel]: ...",
-             "def decode_input(model_type: int, record: int) -> tuple: ...", ""]
+             "def decode_input(model_type: int, record: int) -> tuple[Any, ...]: ...", ""]
     (out / "models.pyi").write_text("\n".join(stub))
 
 

@@ -9,7 +9,7 @@ import sys
 import threading
 import time
 import types
-from typing import Any, Callable, Iterator, NamedTuple, TypeVar
+from typing import Any, Callable, Iterator, NamedTuple, TypeVar, cast
 
 from ._library import ConnectCallback, InputCallback, PathLike, PresentPanel, WakeupCallback, load
 from ._panel import Panel
@@ -31,8 +31,9 @@ class ConnectEvent(NamedTuple):
 
 def _report_unraisable(message: str, callback: object) -> None:
     kind, value, trace = sys.exc_info()
-    sys.unraisablehook(types.SimpleNamespace(exc_type=kind, exc_value=value, exc_traceback=trace,
-                                             err_msg=message, object=callback))
+    arguments = types.SimpleNamespace(exc_type=kind, exc_value=value, exc_traceback=trace, err_msg=message,
+                                      object=callback)
+    sys.unraisablehook(cast("sys.UnraisableHookArgs", arguments))
 
 
 def _guarded(kind: str, callback: Callable[..., Any]) -> Callable[..., None]:
@@ -108,7 +109,7 @@ class Cockpit:
             del self._callbacks[kind]
             raise ValueError(f"the library refused the {kind} callback")
 
-    def on_input(self, callback: Callable[[int, int, tuple], Any] | None) -> None:
+    def on_input(self, callback: Callable[[int, int, tuple[Any, ...]], Any] | None) -> None:
         """Calls ``callback(model_type, device_index, record)`` after every
         input report, ``record`` a named tuple of the model's input record.
         It runs on the library's reader threads, one call at a time; None

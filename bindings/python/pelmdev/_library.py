@@ -5,7 +5,7 @@ from __future__ import annotations
 import ctypes
 import ctypes.util
 import os
-from typing import Union
+from typing import Any, Union
 
 from ._tables import FAMILIES
 
@@ -48,7 +48,7 @@ InputCallback = ctypes.CFUNCTYPE(None, ctypes.c_int32, ctypes.c_int32, ctypes.c_
 WakeupCallback = ctypes.CFUNCTYPE(None)
 
 _u32, _i32, _p = ctypes.c_uint32, ctypes.c_int32, ctypes.POINTER
-_CORE = {
+_CORE: dict[str, tuple[Any, list[Any]]] = {
     "PelmDev_Init": (_u32, [ctypes.c_void_p]),
     "PelmDev_Terminate": (_u32, []),
     "PelmDev_GetDeviceInfo2": (_i32, [_i32, _i32, _p(DeviceInfo2)]),
@@ -62,7 +62,7 @@ _CORE = {
     "PelmDevExt_DispatchEvents": (_u32, []),
     "PelmDevExt_ListPresentPanels": (_i32, [_p(PresentPanel), _u32, _p(_u32)]),
 }
-_SIM = {
+_SIM: dict[str, tuple[Any, list[Any]]] = {
     "PelmSim_Plug": (_i32, [_i32, _i32]),
     "PelmSim_Unplug": (_i32, [_i32, _i32]),
     "PelmSim_InjectInput": (_i32, [_i32, _i32, _p(ctypes.c_uint8), _u32]),
@@ -81,7 +81,7 @@ def _parameter_type(kind: str, ctype: str) -> type:
     return ctypes.POINTER(C_TYPES[ctype])
 
 
-def _declare(library: ctypes.CDLL, functions: dict) -> None:
+def _declare(library: ctypes.CDLL, functions: dict[str, tuple[Any, list[Any]]]) -> None:
     for name, (restype, argtypes) in functions.items():
         function = getattr(library, name)
         function.restype, function.argtypes = restype, argtypes

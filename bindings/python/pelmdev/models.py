@@ -11,9 +11,10 @@ models.pyi declares them for type checkers.
 from __future__ import annotations
 
 import ctypes
+import inspect
 import re
 from collections import namedtuple
-from typing import Any, Callable
+from typing import Any, Callable, Sequence
 
 from ._library import C_TYPES
 from ._panel import Panel
@@ -86,6 +87,11 @@ def _method(family: str, operation: str, parameters: tuple, family_name: str) ->
             return result_type(*(value[0] for value in values))
         return values[0][0] if values else None
 
+    annotations = {"in": int, "text": str, "array": Sequence[int]}
+    call.__signature__ = inspect.Signature(  # type: ignore[attr-defined]
+        [inspect.Parameter("self", inspect.Parameter.POSITIONAL_ONLY)]
+        + [inspect.Parameter(name, inspect.Parameter.POSITIONAL_ONLY, annotation=annotations[kind])
+           for kind, _, name in inputs])
     call.__name__ = _snake(operation)
     call.__doc__ = f"{function_name}: see pelm_exports.h."
     return call
@@ -124,7 +130,7 @@ def _record_type(name: str, fields: tuple) -> tuple[type, type]:
 _RECORDS = {model_type: _record_type(name, fields) for model_type, (name, fields) in INPUT_RECORDS.items()}
 
 
-def decode_input(model_type: int, record: int) -> tuple:
+def decode_input(model_type: int, record: int) -> tuple[Any, ...]:
     """The input record at address `record` of model `model_type` as a named
     tuple (arrays as tuples)."""
     structure, result = _RECORDS[model_type]

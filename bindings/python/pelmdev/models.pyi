@@ -1,6 +1,6 @@
 """Type stub written by write_tables.py from the C headers; do not edit."""
 
-from typing import NamedTuple, Sequence
+from typing import Any, NamedTuple, Sequence
 
 from ._panel import Panel
 
@@ -259,4 +259,4 @@ class EngineCtl(Panel):
 
 MODEL_CLASSES: dict[int, type[Panel]]
 def model_class(model_type: int) -> type[Panel]: ...
-def decode_input(model_type: int, record: int) -> tuple: ...
+def decode_input(model_type: int, record: int) -> tuple[Any, ...]: ...
