@@ -59,7 +59,7 @@ class Cockpit:
     def __init__(self, library: PathLike | None = None, hotplug: bool = False) -> None:
         self.library = load(library)
         self.hotplug = hotplug
-        self._callbacks: dict[str, Any] = {}  # ctypes function objects the library holds
+        self._callbacks: dict[str, list[Any]] = {}  # ctypes function objects the library was given
         self._on_connect: Callable[[ConnectEvent], Any] | None = None
         self._pending: collections.deque[ConnectEvent] = collections.deque()
 
@@ -104,10 +104,11 @@ class Cockpit:
     # ---- callbacks ----------------------------------------------------------
 
     def _register(self, kind: str, register: Callable[..., int], function: Any, *args: Any) -> None:
-        self._callbacks[kind] = function  # kept alive while the library may call it
+        # The library may still be running the callback this one replaces:
+        # every function it was given stays alive until Terminate.
         if not register(function, *args):
-            del self._callbacks[kind]
             raise ValueError(f"the library refused the {kind} callback")
+        self._callbacks.setdefault(kind, []).append(function)
 
     def on_input(self, callback: Callable[[int, int, tuple[Any, ...]], Any] | None) -> None:
         """Calls ``callback(model_type, device_index, record)`` after every
@@ -115,7 +116,7 @@ class Cockpit:
         It runs on the library's reader threads, one call at a time; None
         unregisters (returning once no call runs)."""
         if callback is None:
-            self.library.PelmDev_UnregisterInputCallback()
+            self.library.PelmDev_UnregisterInputCallback()  # returns once no call runs
             self._callbacks.pop("input", None)
             return
         guarded = _guarded("input", callback)

@@ -11,7 +11,9 @@ import pytest
 import pelmdev
 from pelmdev._tables import FAMILIES
 from pelmdev.models import MODEL_CLASSES
-from pelmdev.sim import FAULT_FAIL_READS, RADIO_LEFT, RADIO_RIGHT
+from pelmdev.sim import (
+    ALPHA_NUMERIC, ALPHA_TEXT, AUTOPILOT_E, AUTOPILOT_F, FAULT_FAIL_READS, RADIO_LEFT, RADIO_RIGHT, SQUAWK_DIGIT,
+)
 from conftest import wait_until
 
 RADIO_INPUT_REPORT = bytes([0, 0xFF, 0x02, 0x05])  # dial 1 -1, dial 2 +2, switches 5
@@ -65,6 +67,30 @@ def test_radio_displays_getters_and_input_records(sim: pelmdev.Simulator) -> Non
         values = radio.get_control_vals()
         assert values == (-1, 2, 5) and values.switches == 5
         assert radio.get_control_vals().dial1 == 0  # counts are handed out once
+
+
+# (model, display, setter, text drawn, text read back): every kind of display
+# the simulated cockpit reads, seven- and sixteen-segment.
+DISPLAYS = [
+    (pelmdev.Alpha, ALPHA_TEXT, "set_alpha", "Ab1-", "AB1-"),
+    (pelmdev.Alpha, ALPHA_NUMERIC, "set_numeric", "123", "123  "),
+    (pelmdev.Alpha2, ALPHA_NUMERIC, "set_numeric", "12345", "12345 "),
+    (pelmdev.Autopilot, AUTOPILOT_E, "set_e_display_text", "12.5", "12.5   "),
+    (pelmdev.Autopilot2, AUTOPILOT_F, "set_f_display_text", "250", "250"),
+    (pelmdev.Squawk, SQUAWK_DIGIT, "set_digit", "7.", "7."),
+]
+
+
+def test_displays_read_back_what_the_setters_drew(sim: pelmdev.Simulator) -> None:
+    for model, *_ in DISPLAYS:
+        sim.plug(model, 1)
+    with sim.open() as cockpit:
+        for model, display, setter, text, _ in DISPLAYS:
+            getattr(cockpit.panels(model)[0], setter)(text)
+        for model, display, _, _, shown in DISPLAYS:
+            sim.wait_for_display(model, 1, display, shown)
+    with pytest.raises(pelmdev.SimulationError, match="no display 1"):
+        sim.display_text(pelmdev.Squawk, 1, 1)
 
 
 def test_statuses_raise_exceptions_that_name_them(sim: pelmdev.Simulator) -> None:
