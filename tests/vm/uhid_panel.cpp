@@ -17,45 +17,6 @@ namespace pelm::vm {
 namespace {
 
 constexpr char kUhidNode[] = "/dev/uhid";
-constexpr uint8_t kVendorUsagePage[] = {0x06, 0x00, 0xFF};  // Usage Page (vendor 0xFF00)
-constexpr uint8_t kUsageOne[] = {0x09, 0x01};
-constexpr uint8_t kApplicationCollection[] = {0xA1, 0x01};
-constexpr uint8_t kByteFields[] = {0x15, 0x00, 0x26, 0xFF, 0x00, 0x75, 0x08};  // 0..255, 8 bits each
-constexpr uint8_t kReportIdItem = 0x85;
-constexpr uint8_t kReportCountItem = 0x95, kReportCountItemTwoBytes = 0x96;
-constexpr uint8_t kInputItem = 0x81, kOutputItem = 0x91, kFeatureItem = 0xB1;
-constexpr uint8_t kDataVariableAbsolute = 0x02;
-constexpr uint8_t kEndCollection = 0xC0;
-
-std::vector<uint8_t> PanelReportDescriptor(uint16_t reportLength) {
-  std::vector<uint8_t> descriptor;
-  auto add = [&descriptor](std::initializer_list<uint8_t> bytes) {
-    for (uint8_t byte : bytes) descriptor.push_back(byte);
-  };
-  auto addAll = [&descriptor](const auto& bytes) {
-    for (uint8_t byte : bytes) descriptor.push_back(byte);
-  };
-  addAll(kVendorUsagePage);
-  addAll(kUsageOne);
-  addAll(kApplicationCollection);
-  addAll(kByteFields);
-  const uint16_t payload = reportLength - 1;
-  for (uint8_t id = 1; id <= UhidPanel::kHighestReportId; ++id) {
-    add({kReportIdItem, id});
-    if (payload <= UINT8_MAX) {
-      add({kReportCountItem, static_cast<uint8_t>(payload)});
-    } else {
-      add({kReportCountItemTwoBytes, static_cast<uint8_t>(payload & 0xFF), static_cast<uint8_t>(payload >> 8)});
-    }
-    for (uint8_t main : {kInputItem, kOutputItem, kFeatureItem}) {
-      addAll(kUsageOne);
-      add({main, kDataVariableAbsolute});
-    }
-  }
-  add({kEndCollection});
-  return descriptor;
-}
-
 void CopyText(uint8_t* field, std::size_t capacity, const std::string& text) {
   std::memcpy(field, text.data(), std::min(text.size(), capacity - 1));
 }
@@ -121,35 +82,22 @@ bool UhidPanel::InjectInput(const Report& report) {
   return Send(&event, sizeof event);
 }
 
-void UhidPanel::FailNextSends(int count) {
-  std::lock_guard hold(mutex_);
-  failSends_ = count;
-}
+void UhidPanel::FailNextSends(int count) { transfers_.RefuseNext(count); }
 
 void UhidPanel::FailFeatureReads(bool fail) {
   std::lock_guard hold(mutex_);
   failFeatureReads_ = fail;
 }
 
-std::vector<Transfer> UhidPanel::Received() const {
-  std::lock_guard hold(mutex_);
-  return received_;
-}
+std::vector<Transfer> UhidPanel::Received() const { return transfers_.All(); }
 
-void UhidPanel::ClearReceived() {
-  std::lock_guard hold(mutex_);
-  received_.clear();
-}
+void UhidPanel::ClearReceived() { transfers_.Clear(); }
 
-std::vector<Transfer> UhidPanel::TakeReceived() {
-  std::lock_guard hold(mutex_);
-  return std::exchange(received_, {});
-}
+std::vector<Transfer> UhidPanel::TakeReceived() { return transfers_.Take(); }
 
 bool UhidPanel::WaitForReceived(const std::function<bool(const std::vector<Transfer>&)>& predicate,
                                 std::chrono::milliseconds timeout) const {
-  std::unique_lock hold(mutex_);
-  return changed_.wait_for(hold, timeout, [&] { return predicate(received_); });
+  return transfers_.WaitFor(predicate, timeout);
 }
 
 bool UhidPanel::IsOpen() const {
@@ -163,12 +111,6 @@ bool UhidPanel::IsOpen() const {
     if ((!handling_ && !eventWaits) || std::chrono::steady_clock::now() >= end) return open_;
     changed_.wait_for(hold, kRecheck);
   }
-}
-
-void UhidPanel::Record(TransferKind kind, const uint8_t* data, std::size_t size, bool accepted) {
-  std::lock_guard hold(mutex_);
-  received_.push_back({kind, Report(data, data + size), accepted});
-  changed_.notify_all();
 }
 
 void UhidPanel::AnswerGetReport(uint32_t requestId, uint8_t reportId) {
@@ -198,14 +140,9 @@ Report UhidPanel::FeatureAnswer(uint8_t reportId) const {
 }
 
 void UhidPanel::AnswerSetReport(uint32_t requestId, const uint8_t* data, uint16_t size) {
-  bool refuse;
-  {
-    std::lock_guard hold(mutex_);
-    refuse = failSends_ > 0;
-    if (refuse) --failSends_;
-  }
+  const bool refuse = transfers_.TakeRefusal();
   if (!refuse) behaviour_->ReceiveFeature(data, size);
-  Record(TransferKind::Feature, data, size, !refuse);
+  transfers_.Add(TransferKind::Feature, data, size, !refuse);
   uhid_event reply{};
   reply.type = UHID_SET_REPORT_REPLY;
   reply.u.set_report_reply.id = requestId;
@@ -244,7 +181,7 @@ void UhidPanel::Serve() {
         break;
       case UHID_OUTPUT:
         behaviour_->ReceiveOutput(event.u.output.data, event.u.output.size);
-        Record(TransferKind::Output, event.u.output.data, event.u.output.size, true);
+        transfers_.Add(TransferKind::Output, event.u.output.data, event.u.output.size, true);
         break;
       default:
         break;

@@ -18,14 +18,10 @@
 #include <vector>
 
 #include "platform/sim/panel.h"
+#include "testbed/panel_report_descriptor.h"
+#include "testbed/panel_transfers.h"
 
 namespace pelm::vm {
-
-using Report = std::vector<uint8_t>;
-
-// The length (report ID included) of every report a panel declares unless
-// told otherwise: what USB panels give.
-constexpr uint16_t kDefaultReportLength = 8;
 
 struct PanelIdentity {
   uint16_t vendorId = 0;
@@ -35,21 +31,12 @@ struct PanelIdentity {
   uint16_t reportLength = kDefaultReportLength;  // of every declared report, ID included
 };
 
-enum class TransferKind { Feature, Output };
-
-struct Transfer {
-  TransferKind kind;
-  Report bytes;    // byte 0 is the report ID
-  bool accepted;   // false when the device was told to refuse it
-  bool operator==(const Transfer&) const = default;
-};
-
 class UhidPanel {
  public:
   // Every report ID from 1 to this one is declared as input, output and
   // feature report of the identity's report length (kReportPayload bytes
   // after the ID by default, as a USB panel gives them).
-  static constexpr uint8_t kHighestReportId = 16;
+  static constexpr uint8_t kHighestReportId = vm::kHighestReportId;
   static constexpr uint8_t kReportPayload = kDefaultReportLength - 1;
   // uhid carries reports of at most this many bytes.
   static constexpr uint16_t kLongestReport = 4096;
@@ -97,7 +84,6 @@ class UhidPanel {
   void Serve();
   void AnswerGetReport(uint32_t requestId, uint8_t reportId);
   void AnswerSetReport(uint32_t requestId, const uint8_t* data, uint16_t size);
-  void Record(TransferKind kind, const uint8_t* data, std::size_t size, bool accepted);
   bool Send(const void* event, std::size_t size);
 
   const PanelIdentity identity_;
@@ -105,10 +91,9 @@ class UhidPanel {
   const int uhid_;
   const int stop_;  // eventfd that ends the serving thread
 
+  TransferRecord transfers_;
   mutable std::mutex mutex_;
   mutable std::condition_variable changed_;
-  std::vector<Transfer> received_;
-  int failSends_ = 0;
   bool failFeatureReads_ = false;
   bool open_ = false;
   bool handling_ = false;  // the serving thread took an event and has not acted on it yet

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cctype>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
@@ -19,42 +18,10 @@
 #include "core/pelm_dev.h"
 #include "core/pelm_dev_ext.h"
 #include "tests/vm/vm_cockpit.h"
+#include "tests/vm/vm_models.h"
 
 namespace pelm::vm {
 namespace {
-
-struct ModelUnderTest {
-  int32_t typeCode;
-  uint16_t productId;
-  uint32_t (*count)();
-  bool readsSerial;
-};
-
-const ModelUnderTest kModels[] = {
-    {PELM_MODEL_ALPHA, 0x0010, PelmAlpha_GetNumDevices, false},
-    {PELM_MODEL_ALPHA2, 0x0018, PelmAlpha2_GetNumDevices, false},
-    {PELM_MODEL_BUTTONS, 0x0020, PelmButtons_GetNumDevices, false},
-    {PELM_MODEL_KNOBS, 0x0028, PelmKnobs_GetNumDevices, false},
-    {PELM_MODEL_WARNING, 0x002C, PelmWarning_GetNumDevices, false},
-    {PELM_MODEL_TOGGLES, 0x0030, PelmToggles_GetNumDevices, false},
-    {PELM_MODEL_GEAR, 0x0040, PelmGear_GetNumDevices, false},
-    {PELM_MODEL_GEAR2, 0x0048, PelmGear2_GetNumDevices, false},
-    {PELM_MODEL_RADIO, 0x0050, PelmRadio_GetNumDevices, true},
-    {PELM_MODEL_AUTOPILOT, 0x0060, PelmAutopilot_GetNumDevices, false},
-    {PELM_MODEL_AUTOPILOT2, 0x0064, PelmAutopilot2_GetNumDevices, true},
-    {PELM_MODEL_MAPCTL, 0x0300, PelmMapCtl_GetNumDevices, true},
-    {PELM_MODEL_SQUAWK, 0x0070, PelmSquawk_GetNumDevices, false},
-    {PELM_MODEL_ENGINECTL, 0x0038, PelmEngineCtl_GetNumDevices, false},
-    {PELM_MODEL_ENGINESTART, 0x003C, PelmEngineStart_GetNumDevices, false},
-    {PELM_MODEL_KEYPAD, 0x0074, PelmKeypad_GetNumDevices, true},
-    {PELM_MODEL_THROTTLE, 0x0200, PelmThrottle_GetNumDevices, false},
-    {PELM_MODEL_IOBOARD, 0x002D, PelmIoBoard_GetNumDevices, false},
-};
-
-const ModelUnderTest& Model(int32_t typeCode) {
-  return *std::find_if(std::begin(kModels), std::end(kModels),
-                       [typeCode](const ModelUnderTest& model) { return model.typeCode == typeCode; });
-}
 
 constexpr uint16_t kForeignVendorId = 0x1234;
 constexpr int kForeignPort = 99;
@@ -62,15 +29,8 @@ constexpr uint8_t kInputReportId = 1;
 // Long enough for every model's input report; the kernel pads nothing.
 constexpr std::size_t kInputReportLength = 1 + UhidPanel::kReportPayload;
 
-std::string Upper(std::string text) {
-  for (char& c : text) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-  return text;
-}
-
 std::string ExpectedPath(uint16_t vendorId, uint16_t productId, int port) {
-  char prefix[32];
-  std::snprintf(prefix, sizeof prefix, "HIDRAW:%04X:%04X:", vendorId, productId);
-  return prefix + Upper(PhysFor(port));
+  return DevicePathFor(vendorId, productId, PhysFor(port));
 }
 
 struct Event {
