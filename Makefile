@@ -6,7 +6,8 @@ PACKAGES := cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev \
             libcli11-dev \
             clang libclang-rt-14-dev \
             qemu-system-x86 linux-image-amd64 busybox-static cpio libhidapi-dev \
-            udev util-linux wine wine64 libwine
+            udev util-linux wine wine64 libwine \
+            python3-pytest mypy pkgconf
 SUDO := $(if $(filter 0,$(shell id -u)),,sudo)
 TEST_PRESETS := debug asan tsan
 

@@ -1,14 +1,14 @@
 /* A minimal host on Linux: opens every panel, shows radio dial turns on the
  * radio's left display, follows hot-plug, until interrupted.
  *
- *   cc linux_host.c -I<prefix>/include -lpelmdev -o linux_host
+ *   cc linux_host.c $(pkg-config --cflags --libs pelmdev) -o linux_host
  */
 #include <poll.h>
 #include <signal.h>
 #include <stdio.h>
 
-#include "core/pelm_dev.h"
-#include "core/pelm_dev_ext.h"
+#include <pelm_dev.h>
+#include <pelm_dev_ext.h>
 
 static volatile sig_atomic_t running = 1;
 

@@ -3,7 +3,9 @@
 #   check_exports.sh dll PELMDEV.dll expected_exports.txt      (32-bit Windows)
 #   check_exports.sh dll64 PELMDEV.dll expected_exports.txt    (64-bit Windows)
 #   check_exports.sh so libpelmdev.so expected_exports.txt
-# The Linux library also exports the hot-plug extension (PelmDevExt_*).
+#   check_exports.sh sim libpelmdev-sim.so expected_exports.txt pelm_sim.h
+# The Linux libraries also export the hot-plug extension (PelmDevExt_*); the
+# simulated one its control functions too, exactly those its header declares.
 set -euo pipefail
 kind=$1 binary=$2 expected=$3
 case "$kind" in
@@ -13,6 +15,14 @@ case "$kind" in
     actual=$("$objdump" -p "$binary" |
                sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/p' | sed -n 's/^\s*\[ *[0-9]*\] //p') ;;
   so) actual=$(nm -D --defined-only "$binary" | awk '{print $3}' | grep -v '^PelmDevExt_') ;;
+  sim)
+    exported=$(nm -D --defined-only "$binary" | awk '{print $3}')
+    declared=$(grep -o 'PelmSim_[A-Za-z]*(' "$4" | tr -d '(' | sort -u)
+    if ! diff <(printf '%s\n' "$declared") <(printf '%s\n' "$exported" | grep '^PelmSim_' | sort) >&2; then
+      echo "$binary: control functions differ from those $4 declares (< missing, > extra)" >&2
+      exit 1
+    fi
+    actual=$(printf '%s\n' "$exported" | grep -v '^PelmDevExt_\|^PelmSim_') ;;
   *) echo "unknown kind $kind" >&2; exit 2 ;;
 esac
 if diff <(sort "$expected") <(printf '%s\n' "$actual" | sort) >/tmp/export-diff.$$; then

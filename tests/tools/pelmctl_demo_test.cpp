@@ -9,10 +9,12 @@
 #include "support/sim_fixture.h"
 #include "tools/pelmctl/demo.h"
 #include "tools/pelmctl/demo_script.h"
-#include "tools/pelmctl/segment_reading.h"
+#include "models/segment_reading.h"
 
 namespace pelmctl {
 namespace {
+
+using pelm::ReadSevenSegments;
 
 class PelmctlDemo : public pelm::test::SimTest {
  protected:

@@ -12,11 +12,13 @@
 #include "support/sim_fixture.h"
 #include "tools/pelmctl/families.h"
 #include "tools/pelmctl/operations.h"
-#include "tools/pelmctl/segment_reading.h"
+#include "models/segment_reading.h"
 #include "tools/pelmctl/sim_cockpit.h"
 
 namespace pelmctl {
 namespace {
+
+using pelm::ReadSevenSegments;
 
 std::string UsageMessage(const std::function<void()>& action) {
   try {

@@ -17,11 +17,13 @@
 #include "support/sim_fixture.h"
 #include "tools/pelmctl/dashboard.h"
 #include "tools/pelmctl/device_list.h"
-#include "tools/pelmctl/segment_reading.h"
+#include "models/segment_reading.h"
 #include "tools/pelmctl/sim_cockpit.h"
 
 namespace pelmctl {
 namespace {
+
+using pelm::ReadSevenSegments;
 
 using pelm::sim::RadioPanelSim;
 

@@ -22,7 +22,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr int kCycles = 200;
-constexpr uint16_t kButtonsId = 0x0020;
+constexpr int32_t kButtonPanel = PELM_MODEL_BUTTONS;
 constexpr int32_t kWakeupIntervalMs = 1;
 void* const kHostInstance = reinterpret_cast<void*>(0x400000);
 
@@ -103,7 +103,7 @@ TEST(UnloadCycles, EveryCallbackKindThenTerminateLeavesNoThreadAndTheLibraryUnlo
                 onWakeupStdcall);
 
     connectCalls = inputCalls = wakeupCalls = 0;
-    ASSERT_EQ(plug(kButtonsId, 1), 1);
+    ASSERT_EQ(plug(kButtonPanel, 1), 1);
     ASSERT_EQ(init(kHostInstance), 0u);
     ASSERT_EQ(onConnect(OnConnect), 1u);
     ASSERT_EQ(onInput(OnInput), 1u);
@@ -111,8 +111,8 @@ TEST(UnloadCycles, EveryCallbackKindThenTerminateLeavesNoThreadAndTheLibraryUnlo
     ASSERT_EQ(onWakeupStdcall(OnWakeupStdcall, kWakeupIntervalMs), 1u);
 
     const uint8_t press[] = {0, 1};
-    ASSERT_EQ(inject(kButtonsId, 1, press, sizeof press), 1);
-    ASSERT_EQ(plug(kButtonsId, 2), 1);
+    ASSERT_EQ(inject(kButtonPanel, 1, press, sizeof press), 1);
+    ASSERT_EQ(plug(kButtonPanel, 2), 1);
     ASSERT_TRUE(WaitUntil([&] {
       dispatch();
       return connectCalls > 0 && inputCalls > 0 && wakeupCalls > 1;

@@ -13,12 +13,13 @@
 #include "tools/pelmctl/dashboard.h"
 #include "tools/pelmctl/demo_script.h"
 #include "tools/pelmctl/families.h"
-#include "tools/pelmctl/segment_reading.h"
+#include "models/segment_reading.h"
 #include "tools/pelmctl/switch_panel_state.h"
 
 namespace pelmctl {
 namespace {
 
+using pelm::ReadSevenSegments;
 using Clock = std::chrono::steady_clock;
 using Seconds = std::chrono::duration<double>;
 
