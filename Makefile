@@ -8,17 +8,19 @@ PACKAGES := cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev \
             qemu-system-x86 linux-image-amd64 busybox-static cpio libhidapi-dev \
             udev util-linux wine wine64 libwine \
             python3-pytest mypy pkgconf
+# What `make demo` needs: a compiler, CMake and the command-line parser of pelmctl.
+DEMO_PACKAGES := cmake ninja-build g++ libcli11-dev
 SUDO := $(if $(filter 0,$(shell id -u)),,sudo)
 TEST_PRESETS := debug asan tsan
 
 # Seconds each fuzzer runs in `make test` (four fuzzers).
 FUZZ_SECONDS ?= 25
 
-.PHONY: deps test fuzz platform-checks vm-test wine-test demo bench clean
+.PHONY: deps demo-deps test fuzz platform-checks vm-test wine-test demo bench clean
 
-deps:
+deps demo-deps:
 	@missing=""; \
-	for p in $(PACKAGES); do \
+	for p in $(if $(filter demo-deps,$@),$(DEMO_PACKAGES),$(PACKAGES)); do \
 	  dpkg-query -W -f='$${Status}' $$p 2>/dev/null | grep -q "install ok installed" || missing="$$missing $$p"; \
 	done; \
 	if [ -n "$$missing" ]; then \
@@ -87,11 +89,11 @@ wine-test:
 	@cmake --preset win64 >/dev/null && cmake --build --preset win64 --target PELMDEV pelm_wine_tests
 	@tests/wine/run build/debug/testbed/pelm-panel-server 64:build/win64
 
-demo: deps
-	@cmake --preset release >/dev/null
-	@cmake --build --preset release --target pelmctl-sim
-	@./build/release/tools/pelmctl-sim list
-	@./build/release/tools/pelmctl-sim demo
+demo: demo-deps
+	@cmake --preset demo >/dev/null
+	@cmake --build --preset demo --target pelmctl-sim
+	@./build/demo/tools/pelmctl-sim list
+	@./build/demo/tools/pelmctl-sim demo
 
 # Benchmarks in an optimised build, about a minute: first on the simulated bus
 # (a table, and the same as JSON beside the program), then input latency on the
