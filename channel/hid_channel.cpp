@@ -4,7 +4,10 @@
 #include <cctype>
 #include <cstring>
 #include <new>
+#include <system_error>
 #include <utility>
+
+#include "channel/thread_entry.h"
 
 namespace pelm {
 namespace {
@@ -158,9 +161,27 @@ int cHidChannel::StartThreads() {
 
   readCancel_ = platform::CreateReadCancel();
   writeSemaphore_.Reset();
-  readerThread_ = std::thread(&cHidChannel::ReaderLoop, this, device, readCancel_);
-  if (config_.writer != WriterVariant::None) writerThread_ = std::thread(&cHidChannel::WriterLoop, this);
-  return 1;
+  if (readCancel_ && LaunchThreads(device)) return 1;
+  // Without a read that can be cancelled, or without its threads, the device
+  // does not run: a reader that nothing can stop would hang every later stop.
+  StopThreads();
+  return 0;
+}
+
+bool cHidChannel::ThreadsRunning() const { return readerThread_.joinable(); }
+
+bool cHidChannel::LaunchThreads(const platform::HidHandle& device) {
+  try {
+    readerThread_ = std::thread([this, device, cancel = readCancel_] {
+      RunThreadBody([&] { ReaderLoop(device, cancel); });
+    });
+    if (config_.writer != WriterVariant::None) {
+      writerThread_ = std::thread([this] { RunThreadBody([this] { WriterLoop(); }); });
+    }
+    return true;
+  } catch (const std::system_error&) {
+    return false;
+  }
 }
 
 int cHidChannel::StopThreads() {

@@ -69,8 +69,10 @@ class cHidChannel {
   int32_t CallbackIndex() const { return deviceIndex.load() & 0xFFFF; }
 
   // (Re)opens the main handle and starts the reader and, if the model has one,
-  // the writer. Stops running threads first. Always 1.
+  // the writer. Stops running threads first. 1 when they run; 0 when the OS
+  // gave no cancellable read or no thread (nothing runs, the handle is closed).
   int StartThreads();
+  bool ThreadsRunning() const;
   // Ends both threads promptly (the writer sends each queued report once first)
   // and closes the main handle. Always 1.
   int StopThreads();
@@ -125,6 +127,7 @@ class cHidChannel {
 
  private:
   void Identify(platform::HidDevice& device);
+  bool LaunchThreads(const platform::HidHandle& device);
   void ReaderLoop(platform::HidHandle device, std::shared_ptr<platform::ReadCancel> cancel);
   void WriterLoop();
   bool Send(WriterRule::Method method, QueueEntry& entry, platform::HidHandle& own);

@@ -1,11 +1,17 @@
 #include "core/callbacks.h"
 
+#include <array>
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
+#include <cstddef>
 #include <memory>
 #include <mutex>
+#include <system_error>
 #include <thread>
 
+#include "channel/thread_entry.h"
+#include "core/callback_calls.h"
 #include "core/core_exports.h"
 #include "platform/platform.h"
 
@@ -29,19 +35,30 @@ struct CallbackState {
   std::atomic<PelmWakeupCallback> wakeup{nullptr};
   std::atomic<PelmWakeupCallbackStdcall> wakeupStdcall{nullptr};
   std::atomic<int32_t> wakeupInterval{0};
-  std::atomic<uint32_t> wakeupRun{1};
-  // Guards the decision to start the wakeup thread against the thread's own
-  // decision to end, so a registration never relies on a thread that is
-  // already leaving.
-  std::mutex wakeupThreadGuard;
-  bool wakeupThreadRunning = false;
+  // The wakeup thread starts with the first registration and lives until
+  // Terminate; between an unregistration and the next registration it waits
+  // without a timer. The flags below are guarded by wakeupGuard.
+  std::mutex wakeupGuard;
+  std::condition_variable wakeupChanged;
+  bool wakeupCalling = false;
+  bool wakeupEnding = false;
+  std::thread wakeupThread;
+
+  std::array<CallsInFlight, kCallbackKindCount> calls;
+
+  // A host that unloads the library without Terminate leaves the wakeup thread
+  // behind; ending the process here over it would be worse than letting it go.
+  ~CallbackState() {
+    if (wakeupThread.joinable()) wakeupThread.detach();
+  }
 };
 
-// Never destroyed: a wakeup thread may still be sleeping when the process exits.
 CallbackState& State() {
-  static auto* state = new CallbackState;
-  return *state;
+  static CallbackState state;
+  return state;
 }
+
+CallsInFlight& Calls(CallbackKind kind) { return State().calls[static_cast<std::size_t>(kind)]; }
 
 std::shared_ptr<platform::NamedMutex> CurrentInputMutex() {
   std::lock_guard hold(State().inputMutexGuard);
@@ -61,47 +78,85 @@ void CloseInputMutex() {
   State().inputMutex.reset();
 }
 
-void WakeupThread() {
+void CallWakeupCallbacks() {
+  if (PelmWakeupCallback callback = State().wakeup.load()) callback();
+  if (PelmWakeupCallbackStdcall callback = State().wakeupStdcall.load()) callback();
+}
+
+void WakeupLoop() {
   CallbackState& state = State();
-  for (;;) {
-    {
-      std::lock_guard hold(state.wakeupThreadGuard);
-      if (state.wakeupRun != 1) {
-        state.wakeupThreadRunning = false;
-        return;
-      }
+  std::unique_lock hold(state.wakeupGuard);
+  while (!state.wakeupEnding) {
+    if (!state.wakeupCalling) {
+      state.wakeupChanged.wait(hold);
+      continue;
     }
     // Read anew each cycle. Taken as unsigned, as the OS's sleep takes it: a
     // negative interval other than -1 is a very long one, not a busy loop.
-    std::this_thread::sleep_for(std::chrono::milliseconds(static_cast<uint32_t>(state.wakeupInterval.load())));
-    if (PelmWakeupCallback callback = state.wakeup.load()) callback();
-    if (PelmWakeupCallbackStdcall callback = state.wakeupStdcall.load()) callback();
+    const std::chrono::milliseconds interval(static_cast<uint32_t>(state.wakeupInterval.load()));
+    if (state.wakeupChanged.wait_for(hold, interval, [&] { return state.wakeupEnding || !state.wakeupCalling; })) {
+      continue;
+    }
+    // Counted as running before the guard is let go, so that an unregistration
+    // that has stopped the calls also sees this one and waits for it.
+    {
+      CallbackScope running(CallbackKind::Wakeup, Calls(CallbackKind::Wakeup));
+      hold.unlock();
+      // A callback that throws costs its own call, not the later ones.
+      RunThreadBody(CallWakeupCallbacks);
+    }
+    hold.lock();
   }
 }
+
+void WakeupThread() { RunThreadBody(WakeupLoop); }
 
 template <class Callback>
 uint32_t RegisterWakeup(std::atomic<Callback>& slot, Callback callback, int32_t intervalMs) {
   if (callback == nullptr || intervalMs == 0 || intervalMs == -1) return 0;
   CallbackState& state = State();
-  std::lock_guard hold(state.wakeupThreadGuard);
-  state.wakeupRun = 1;
-  slot = callback;
-  state.wakeupInterval = intervalMs;
-  if (!state.wakeupThreadRunning) {
-    try {
-      std::thread(WakeupThread).detach();
-      state.wakeupThreadRunning = true;
-    } catch (const std::system_error&) {
-      // No thread now; a later registration tries again.
+  {
+    std::lock_guard hold(state.wakeupGuard);
+    if (!state.wakeupThread.joinable()) {
+      try {
+        state.wakeupThread = std::thread(WakeupThread);
+      } catch (const std::system_error&) {
+        return 0;
+      }
     }
+    slot = callback;
+    state.wakeupInterval = intervalMs;
+    state.wakeupCalling = true;
   }
+  state.wakeupChanged.notify_all();
   return 1;
 }
 
 template <class Callback>
 uint32_t UnregisterWakeup(std::atomic<Callback>& slot) {
-  State().wakeupRun = 0;
-  return slot.exchange(nullptr) != nullptr ? 1 : 0;
+  CallbackState& state = State();
+  {
+    std::lock_guard hold(state.wakeupGuard);
+    state.wakeupCalling = false;
+  }
+  state.wakeupChanged.notify_all();
+  const uint32_t wasSet = slot.exchange(nullptr) != nullptr ? 1 : 0;
+  Calls(CallbackKind::Wakeup).WaitUntilOnlyOwnCallsRun(CallbackKind::Wakeup);
+  return wasSet;
+}
+
+void EndWakeupThread() {
+  CallbackState& state = State();
+  {
+    std::lock_guard hold(state.wakeupGuard);
+    state.wakeupEnding = true;
+    state.wakeupCalling = false;
+  }
+  state.wakeupChanged.notify_all();
+  if (state.wakeupThread.joinable()) state.wakeupThread.join();
+  std::lock_guard hold(state.wakeupGuard);
+  state.wakeupThread = std::thread();
+  state.wakeupEnding = false;
 }
 
 template <class Callback, class Other>
@@ -117,6 +172,7 @@ template <class Callback>
 uint32_t UnregisterInput(std::atomic<Callback>& slot) {
   if (slot.exchange(nullptr) == nullptr) return 0;
   CloseInputMutex();
+  Calls(CallbackKind::Input).WaitUntilOnlyOwnCallsRun(CallbackKind::Input);
   return 1;
 }
 
@@ -129,7 +185,9 @@ uint32_t RegisterConnect(std::atomic<Callback>& slot, Callback callback) {
 
 template <class Callback>
 uint32_t UnregisterConnect(std::atomic<Callback>& slot) {
-  return slot.exchange(nullptr) != nullptr ? 1 : 0;
+  const uint32_t wasSet = slot.exchange(nullptr) != nullptr ? 1 : 0;
+  Calls(CallbackKind::Connect).WaitUntilOnlyOwnCallsRun(CallbackKind::Connect);
+  return wasSet;
 }
 
 }  // namespace
@@ -137,15 +195,19 @@ uint32_t UnregisterConnect(std::atomic<Callback>& slot) {
 void DispatchInput(int32_t typeCode, int32_t deviceIndex, void* record) {
   const std::shared_ptr<platform::NamedMutex> mutex = CurrentInputMutex();
   if (!mutex || !mutex->LockFor(kInputCallbackWait)) return;
+  // The mutex is let go however the callback ends.
+  const std::unique_ptr<platform::NamedMutex, void (*)(platform::NamedMutex*)> unlock(
+      mutex.get(), [](platform::NamedMutex* held) { held->Unlock(); });
+  CallbackScope running(CallbackKind::Input, Calls(CallbackKind::Input));
   if (PelmInputCallback callback = State().input.load()) {
     callback(typeCode, deviceIndex, record);
   } else if (PelmInputCallbackStdcall callback = State().inputStdcall.load()) {
     callback(typeCode, deviceIndex, record);
   }
-  mutex->Unlock();
 }
 
 void NotifyConnect(int32_t typeCode, int32_t deviceIndex, int32_t event) {
+  CallbackScope running(CallbackKind::Connect, Calls(CallbackKind::Connect));
   if (PelmConnectCallback callback = State().connect.load()) callback(typeCode, deviceIndex, event);
   if (PelmConnectCallbackStdcall callback = State().connectStdcall.load()) callback(typeCode, deviceIndex, event);
 }
@@ -159,6 +221,7 @@ void ClearCallbacks() {
   state.connect = nullptr;
   state.connectStdcall = nullptr;
   CloseInputMutex();
+  EndWakeupThread();
 }
 
 namespace exports {

@@ -8,6 +8,10 @@
 
 namespace pelm {
 
+// Every call of a host callback is counted while it runs (core/callback_calls.h):
+// an unregistration returns once no call of its callback runs, except a call on
+// its own thread.
+
 // Calls the host's input callback with a model's input record, under the
 // input-callback mutex (waiting at most a second for it; the event is dropped
 // when the wait fails or no callback is registered). Reader threads only.
@@ -16,8 +20,8 @@ void DispatchInput(int32_t typeCode, int32_t deviceIndex, void* record);
 // Reports an arrival or removal to the connect callbacks, default form first.
 void NotifyConnect(int32_t typeCode, int32_t deviceIndex, int32_t event);
 
-// Forgets every callback and closes the input-callback mutex. The wakeup thread
-// keeps its rhythm and calls nothing until unregistration lets it end.
+// Forgets every callback, closes the input-callback mutex and ends the wakeup
+// thread (joined: on return no wakeup call runs). Never from inside a callback.
 void ClearCallbacks();
 
 }  // namespace pelm

@@ -2,11 +2,16 @@
 
 #include "channel/device_record.h"
 #include "channel/pelm_hid_device.h"
+#include "core/slot_tables.h"
 
 namespace pelm {
 
-void OpenPlacedObject(const ModelDescriptor& model, cHidChannel* object) {
+bool OpenPlacedObject(const ModelDescriptor& model, int32_t index, cHidChannel* object) {
   if (model.kind == ModelKind::ClassBased) static_cast<cPelmHidDevice*>(object)->Open();
+  if (object->ThreadsRunning()) return true;
+  ClearSlot(model, index);
+  CloseAndDestroy(model, object);
+  return false;
 }
 
 void CloseAndDestroy(const ModelDescriptor& model, cHidChannel* object) {

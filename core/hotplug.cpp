@@ -38,7 +38,7 @@ void HandleRemoval(const char* path) {
 void HandleArrival(const char* path) {
   const Placement known = FindByPath(path);
   if (known.object != nullptr) {
-    known.object->StartThreads();
+    if (known.object->StartThreads() == 0) return;
     known.object->connected = 1;
     NotifyConnect(known.model->typeCode, known.index, PELM_EVENT_ARRIVAL);
     return;
@@ -55,7 +55,7 @@ void HandleArrival(const char* path) {
   object->deviceIndex = index;
   StoreSlot(*model, index, object);
   // Here a class-based object opens before it counts as connected.
-  OpenPlacedObject(*model, object);
+  if (!OpenPlacedObject(*model, index, object)) return;
   object->connected = 1;
   NotifyConnect(model->typeCode, index, PELM_EVENT_ARRIVAL);
 }

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "channel/hid_channel.h"
+#include "core/callback_calls.h"
 #include "core/callbacks.h"
 #include "core/device_objects.h"
 #include "core/slot_tables.h"
@@ -18,6 +19,11 @@ constexpr int kEnumerationStepAttempts = 8;
 // After this many indices in a row have failed so, enumeration ends: an
 // enumerator that refuses every index never says that the list has ended.
 constexpr int kFailedIndicesBeforeEnd = 32;
+
+// Init and Terminate from inside a callback would close the device whose reader
+// runs the callback, or free the notifier whose dispatch is on the stack: they
+// return this and change nothing.
+constexpr uint32_t kRefusedInsideCallback = 1;
 
 // Owned by the thread that calls Init and Terminate.
 std::unique_ptr<platform::DeviceNotifier> notifier;
@@ -46,7 +52,7 @@ void PlaceAtInit(const ModelDescriptor& model, const char* path, int32_t& placed
   object->deviceIndex = index;
   object->connected = 1;
   StoreSlot(model, index, object);
-  OpenPlacedObject(model, object);
+  if (!OpenPlacedObject(model, index, object)) --placed;
 }
 
 }  // namespace
@@ -67,6 +73,7 @@ const ModelDescriptor* ProbeModels(const char* path) {
 }
 
 uint32_t Init(void* instance) {
+  if (InsideCallback()) return kRefusedInsideCallback;
   Terminate();
   if (instance != nullptr) notifier = platform::StartDeviceNotifier(instance, HandleDeviceEvent);
 
@@ -88,6 +95,7 @@ uint32_t Init(void* instance) {
 }
 
 uint32_t Terminate() {
+  if (InsideCallback()) return kRefusedInsideCallback;
   notifier.reset();
   ClearCallbacks();
   for (const ModelDescriptor& model : ModelsInProbeOrder()) {
@@ -103,6 +111,11 @@ uint32_t Terminate() {
 
 int EventDescriptor() { return notifier ? notifier->EventDescriptor() : -1; }
 
-uint32_t DispatchEvents() { return notifier ? notifier->DispatchPending() : 0; }
+uint32_t DispatchEvents() {
+  // The handling of a removal stops the device's reader, and an event handled
+  // inside a connect callback would interleave with the one around it.
+  if (InsideCallback()) return 0;
+  return notifier ? notifier->DispatchPending() : 0;
+}
 
 }  // namespace pelm::core

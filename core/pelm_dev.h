@@ -10,6 +10,26 @@
  * called PelmDev_Init (see pelm_dev_ext.h for pumping hot-plug events outside
  * Windows); wakeup callbacks run on a thread of the library's own.
  *
+ * Calls from inside a callback. A callback may call every export except these:
+ * PelmDev_Init and PelmDev_Terminate return 1 and change nothing (they would
+ * close the device or the thread the callback runs on; call them once the
+ * callback has returned), and PelmDevExt_DispatchEvents returns 0 without
+ * handling anything. Getters, setters, the device information queries,
+ * registrations and unregistrations work, including the unregistration of the
+ * callback that is running.
+ *
+ * Waiting for callbacks. An Unregister...Callback function returns only when no
+ * call of a callback of its kind is running any more, so that the host may then
+ * free whatever the callback uses, or unload its own module; called from inside
+ * such a callback it does not wait for that call itself. PelmDev_Terminate waits
+ * for running input and wakeup callbacks as it stops the library's threads:
+ * when it returns no thread of the library runs, and the library may be
+ * unloaded (FreeLibrary, dlclose). Unload it only after PelmDev_Terminate.
+ *
+ * Exceptions. None leaves an export: what cannot be done for lack of memory or
+ * of an OS resource gives PELM_ERR_NOMEM (model operations), 0 (the functions
+ * that return 0 or 1, and the device counts) or -1 (descriptors).
+ *
  * Memory. Records handed to callbacks belong to the library and are valid only
  * during the call. Records and output variables the host passes in stay the
  * host's.
@@ -24,6 +44,14 @@
  */
 
 #include <stdint.h>
+
+#include "core/pelm_records.h"
+
+/* The version of this interface: the major number changes when a host built
+ * against an older one could break. */
+#define PELMDEV_VERSION_MAJOR 0
+#define PELMDEV_VERSION_MINOR 1
+#define PELMDEV_VERSION_PATCH 0
 
 #if defined(__i386__) || defined(_M_IX86)
 #if defined(_MSC_VER)
@@ -87,7 +115,7 @@ extern "C" {
 /* Callbacks into the host, in both calling forms; their results are ignored. */
 typedef void(PELM_CDECL* PelmConnectCallback)(int32_t modelType, int32_t deviceIndex, int32_t event);
 typedef void(PELM_STDCALL* PelmConnectCallbackStdcall)(int32_t modelType, int32_t deviceIndex, int32_t event);
-/* `record` points at the model's input callback record (see the model's getters). */
+/* `record` points at the model's input record (core/pelm_records.h). */
 typedef void(PELM_CDECL* PelmInputCallback)(int32_t modelType, int32_t deviceIndex, void* record);
 typedef void(PELM_STDCALL* PelmInputCallbackStdcall)(int32_t modelType, int32_t deviceIndex, void* record);
 typedef void(PELM_CDECL* PelmWakeupCallback)(void);

@@ -29,7 +29,7 @@ PELM_API int PELM_CDECL PelmDevExt_EventDescriptor(void);
 
 /* Handles every waiting arrival and removal on the calling thread, which must
  * be the thread that called PelmDev_Init; never blocks. Returns the number of
- * events handled. */
+ * events handled; 0, handling nothing, from inside a callback. */
 PELM_API uint32_t PELM_CDECL PelmDevExt_DispatchEvents(void);
 
 /* Why a present panel is not open (PelmDevExt_PresentPanel.openStatus). */

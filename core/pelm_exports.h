@@ -13,16 +13,24 @@
  * Model operations check the device index first: outside 0 to the model's slot
  * count minus 1 they return PELM_ERR_INDEX, on an empty slot PELM_ERR_NODEVICE,
  * without touching any output variable.
+ *
+ * Threads: unless its comment says otherwise, an export may be called from any
+ * thread and from inside any callback (pelm_dev.h). Model operations of one
+ * device may run on several threads at once; a setter queues its report for
+ * the device's writer and returns without waiting for the transfer, a getter
+ * that reads a feature report waits for it on the calling thread.
  */
 
 /* ---- Library ---------------------------------------------------------- */
 
 /* Closes whatever a previous Init opened and forgets every callback, then opens
  * every panel present. A non-null `instance` (the host's module instance) turns
- * hot-plug notification on. Always 0; the GetNumDevices functions tell what was
- * found. Register callbacks after Init. */
+ * hot-plug notification on. 0; the GetNumDevices functions tell what was found.
+ * Register callbacks after Init. From inside a callback: 1, nothing done. */
 PELM_CORE_PAIR(uint32_t, PelmDev_Init, (void* instance), (instance))
-/* Stops notification, forgets every callback and closes every device. Always 0. */
+/* Stops notification, forgets every callback and closes every device, waiting
+ * for running input and wakeup callbacks; on return no thread of the library
+ * runs. 0; from inside a callback 1, nothing done. */
 PELM_CORE_PAIR(uint32_t, PelmDev_Terminate, (void), ())
 
 /* Describes the device in slot `deviceIndex` of model `modelType`: its path
@@ -49,7 +57,8 @@ PELM_CORE_SINGLE(int32_t, PELM_CDECL, PelmDev_GetDeviceInfo2,
 PELM_CORE_SINGLE(uint32_t, PELM_CDECL, PelmDev_RegisterConnectCallback, (PelmConnectCallback callback), (callback))
 PELM_CORE_SINGLE(uint32_t, PELM_STDCALL, PelmDev_RegisterConnectCallback_stdcall,
                  (PelmConnectCallbackStdcall callback), (callback))
-/* 1 when the own form's connect callback was set and is now cleared, else 0. */
+/* 1 when the own form's connect callback was set and is now cleared, else 0.
+ * Returns once no connect callback runs (but for a call from inside one). */
 PELM_CORE_SINGLE(uint32_t, PELM_CDECL, PelmDev_UnregisterConnectCallback, (void), ())
 PELM_CORE_SINGLE(uint32_t, PELM_STDCALL, PelmDev_UnregisterConnectCallback_stdcall, (void), ())
 
@@ -61,7 +70,8 @@ PELM_CORE_SINGLE(uint32_t, PELM_STDCALL, PelmDev_UnregisterConnectCallback_stdca
 PELM_CORE_SINGLE(uint32_t, PELM_CDECL, PelmDev_RegisterInputCallback, (PelmInputCallback callback), (callback))
 PELM_CORE_SINGLE(uint32_t, PELM_STDCALL, PelmDev_RegisterInputCallback_stdcall,
                  (PelmInputCallbackStdcall callback), (callback))
-/* 1 when the own form's input callback was set and is now cleared, else 0. */
+/* 1 when the own form's input callback was set and is now cleared, else 0.
+ * Returns once no input callback runs (but for a call from inside one). */
 PELM_CORE_SINGLE(uint32_t, PELM_CDECL, PelmDev_UnregisterInputCallback, (void), ())
 PELM_CORE_SINGLE(uint32_t, PELM_STDCALL, PelmDev_UnregisterInputCallback_stdcall, (void), ())
 
@@ -74,8 +84,9 @@ PELM_CORE_SINGLE(uint32_t, PELM_CDECL, PelmDev_RegisterWakeupCallback,
                  (PelmWakeupCallback callback, int32_t intervalMs), (callback, intervalMs))
 PELM_CORE_SINGLE(uint32_t, PELM_STDCALL, PelmDev_RegisterWakeupCallback_stdcall,
                  (PelmWakeupCallbackStdcall callback, int32_t intervalMs), (callback, intervalMs))
-/* Either form stops the wakeup calls of both forms when the thread next wakes;
- * 1 when the own form's callback was set (it is cleared), else 0. */
+/* Either form stops the wakeup calls of both forms at once and returns once no
+ * wakeup callback runs (but for a call from inside one); 1 when the own form's
+ * callback was set (it is cleared), else 0. */
 PELM_CORE_SINGLE(uint32_t, PELM_CDECL, PelmDev_UnregisterWakeupCallback, (void), ())
 PELM_CORE_SINGLE(uint32_t, PELM_STDCALL, PelmDev_UnregisterWakeupCallback_stdcall, (void), ())
 

@@ -14,16 +14,9 @@
 
 namespace pelm {
 
-#pragma pack(push, 1)
-// What the input callbacks receive after every input report.
-struct AlphaInputRecord {
-  int16_t dialVals[2];
-};
-struct Alpha2InputRecord {
-  int16_t dialVals[2];
-  uint8_t switchVals;
-};
-#pragma pack(pop)
+// What the input callback receives (core/pelm_records.h).
+using AlphaInputRecord = PelmAlphaInputRecord;
+using Alpha2InputRecord = PelmAlpha2InputRecord;
 static_assert(sizeof(AlphaInputRecord) == 4);
 static_assert(offsetof(AlphaInputRecord, dialVals) == 0 && sizeof(AlphaInputRecord::dialVals) == 4);
 static_assert(sizeof(Alpha2InputRecord) == 5);

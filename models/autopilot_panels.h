@@ -18,17 +18,9 @@
 
 namespace pelm {
 
-#pragma pack(push, 1)
-// What the input callbacks receive after every input report.
-struct AutopilotInputRecord {
-  int16_t dialVals[5];
-  uint8_t switchVals[2];
-};
-struct Autopilot2InputRecord {
-  int16_t dialVals[6];
-  uint32_t switchVals;  // in the host's byte order
-};
-#pragma pack(pop)
+// What the input callback receives (core/pelm_records.h).
+using AutopilotInputRecord = PelmAutopilotInputRecord;
+using Autopilot2InputRecord = PelmAutopilot2InputRecord;
 static_assert(sizeof(AutopilotInputRecord) == 12);
 static_assert(offsetof(AutopilotInputRecord, dialVals) == 0 && sizeof(AutopilotInputRecord::dialVals) == 10);
 static_assert(offsetof(AutopilotInputRecord, switchVals) == 10 && sizeof(AutopilotInputRecord::switchVals) == 2);

@@ -16,15 +16,11 @@ namespace pelm {
 
 inline constexpr int kEngineCtlControlCount = 4;
 
-#pragma pack(push, 1)
-// The module's state as the input callback receives it.
-struct EngineCtlInputRecord {
-  uint8_t controlVals[kEngineCtlControlCount];
-  uint16_t switchVals;
-};
-#pragma pack(pop)
+// What the input callback receives (core/pelm_records.h).
+using EngineCtlInputRecord = PelmEngineCtlInputRecord;
 static_assert(sizeof(EngineCtlInputRecord) == 6);
-static_assert(offsetof(EngineCtlInputRecord, controlVals) == 0);
+static_assert(offsetof(EngineCtlInputRecord, controlVals) == 0 &&
+              sizeof(EngineCtlInputRecord::controlVals) == kEngineCtlControlCount);
 static_assert(offsetof(EngineCtlInputRecord, switchVals) == 4);
 
 class cPelmEngineCtl final : public cPelmDeviceRecord {

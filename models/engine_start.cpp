@@ -47,8 +47,9 @@ platform::HidHandle cPelmEngineStart::Open() {
 
 uint32_t cPelmEngineStart::OnInputReport(const uint8_t* report, uint32_t) {
   Decode(report[1]);
-  uint8_t positions[kSelectorCount] = {controlVals[0], controlVals[1], controlVals[2]};
-  DispatchInput(kTypeCode, CallbackIndex(), positions);
+  static_assert(sizeof(PelmEngineStartInputRecord::positions) == kSelectorCount);
+  PelmEngineStartInputRecord record{{controlVals[0], controlVals[1], controlVals[2]}};
+  DispatchInput(kTypeCode, CallbackIndex(), &record);
   return 1;
 }
 

@@ -13,12 +13,8 @@
 namespace pelm {
 
 // What the input callback receives for each input report.
-#pragma pack(push, 1)
-struct Gear2InputRecord {
-  int16_t controlValues[3];  // little-endian
-  uint8_t controlByte;
-};
-#pragma pack(pop)
+// What the input callback receives (core/pelm_records.h).
+using Gear2InputRecord = PelmGear2InputRecord;
 static_assert(std::endian::native == std::endian::little, "input records carry little-endian values");
 static_assert(sizeof(Gear2InputRecord) == 7);
 static_assert(offsetof(Gear2InputRecord, controlValues) == 0);

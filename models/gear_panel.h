@@ -13,12 +13,8 @@
 namespace pelm {
 
 // What the input callback receives for each input report.
-#pragma pack(push, 1)
-struct GearInputRecord {
-  int16_t controlValue;  // little-endian
-  uint8_t controlByte;
-};
-#pragma pack(pop)
+// What the input callback receives (core/pelm_records.h).
+using GearInputRecord = PelmGearInputRecord;
 static_assert(std::endian::native == std::endian::little, "input records carry little-endian values");
 static_assert(sizeof(GearInputRecord) == 3);
 static_assert(offsetof(GearInputRecord, controlValue) == 0);

@@ -27,12 +27,13 @@ platform::HidHandle cPelmIoBoard::Open() {
 }
 
 uint32_t cPelmIoBoard::OnInputReport(const uint8_t* report, uint32_t) {
-  uint8_t inputs[kInputByteCount];
+  static_assert(sizeof(PelmIoBoardInputRecord::inputs) == kInputByteCount);
+  PelmIoBoardInputRecord record;
   for (int i = 0; i < kInputByteCount; ++i) {
-    inputs[i] = report[1 + i];
-    switchVals[i] = inputs[i];
+    record.inputs[i] = report[1 + i];
+    switchVals[i] = record.inputs[i];
   }
-  DispatchInput(kTypeCode, CallbackIndex(), inputs);
+  DispatchInput(kTypeCode, CallbackIndex(), &record);
   return 1;
 }
 

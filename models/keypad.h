@@ -13,12 +13,8 @@
 namespace pelm {
 
 // What the input callback receives for each input report.
-#pragma pack(push, 1)
-struct KeypadInputRecord {
-  uint8_t keyCode;
-  uint8_t unused[3];  // always 0
-};
-#pragma pack(pop)
+// What the input callback receives (core/pelm_records.h).
+using KeypadInputRecord = PelmKeypadInputRecord;
 static_assert(sizeof(KeypadInputRecord) == 4);
 static_assert(offsetof(KeypadInputRecord, keyCode) == 0);
 static_assert(offsetof(KeypadInputRecord, unused) == 1);

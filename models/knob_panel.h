@@ -14,12 +14,8 @@ namespace pelm {
 
 // What the input callback receives for each input report: the counts as
 // little-endian 16-bit integers, then the switch byte.
-#pragma pack(push, 1)
-struct KnobsInputRecord {
-  int16_t knobCounts[4];
-  uint8_t switchByte;
-};
-#pragma pack(pop)
+// What the input callback receives (core/pelm_records.h).
+using KnobsInputRecord = PelmKnobsInputRecord;
 static_assert(std::endian::native == std::endian::little, "input records carry little-endian counts");
 static_assert(sizeof(KnobsInputRecord) == 9);
 static_assert(offsetof(KnobsInputRecord, knobCounts) == 0);

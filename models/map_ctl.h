@@ -12,14 +12,8 @@
 
 namespace pelm {
 
-#pragma pack(push, 1)
-// What the input callback receives: the values of one input report.
-struct MapCtlInputRecord {
-  int16_t dialVals[2];
-  uint16_t switchVals;
-  uint8_t selectorVals;
-};
-#pragma pack(pop)
+// What the input callback receives (core/pelm_records.h).
+using MapCtlInputRecord = PelmMapCtlInputRecord;
 static_assert(sizeof(MapCtlInputRecord) == 7);
 static_assert(offsetof(MapCtlInputRecord, dialVals) == 0);
 static_assert(offsetof(MapCtlInputRecord, switchVals) == 4);

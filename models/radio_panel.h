@@ -12,13 +12,8 @@
 
 namespace pelm {
 
-#pragma pack(push, 1)
-// What the input callback receives after every input report.
-struct RadioInputRecord {
-  int16_t dialVals[2];
-  uint8_t switchVals;
-};
-#pragma pack(pop)
+// What the input callback receives (core/pelm_records.h).
+using RadioInputRecord = PelmRadioInputRecord;
 static_assert(sizeof(RadioInputRecord) == 5);
 static_assert(offsetof(RadioInputRecord, dialVals) == 0 && sizeof(RadioInputRecord::dialVals) == 4);
 static_assert(offsetof(RadioInputRecord, switchVals) == 4);

@@ -12,13 +12,8 @@
 
 namespace pelm {
 
-#pragma pack(push, 1)
-// What the input callback receives after every input report.
-struct SquawkInputRecord {
-  int16_t dialVals;
-  uint8_t switchVals;
-};
-#pragma pack(pop)
+// What the input callback receives (core/pelm_records.h).
+using SquawkInputRecord = PelmSquawkInputRecord;
 static_assert(sizeof(SquawkInputRecord) == 3);
 static_assert(offsetof(SquawkInputRecord, dialVals) == 0);
 static_assert(offsetof(SquawkInputRecord, switchVals) == 2);

@@ -26,9 +26,9 @@ void cPelmSwitchPanel::OnOpenTimeReport(const uint8_t* report) { switchVals = re
 void cPelmSwitchPanel::ApplyStateDefaults() { indicatorVals = 0; }
 
 void cPelmSwitchPanel::OnInputReport(const uint8_t* report) {
-  uint8_t switches = report[1];
-  switchVals = switches;
-  DispatchInput(typeCode_, CallbackIndex(), &switches);
+  PelmSwitchesInputRecord record{report[1]};
+  switchVals = record.switchVals;
+  DispatchInput(typeCode_, CallbackIndex(), &record);
 }
 
 int32_t cPelmSwitchPanel::GetSwitchVals(uint8_t* switches) {

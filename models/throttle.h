@@ -15,15 +15,10 @@ namespace pelm {
 
 inline constexpr int kThrottleLeverCount = 6;
 
-#pragma pack(push, 1)
-// What the input callback receives: the values of one input report.
-struct ThrottleInputRecord {
-  uint8_t axisVals[kThrottleLeverCount];
-  uint8_t switchVals;
-};
-#pragma pack(pop)
+// What the input callback receives (core/pelm_records.h).
+using ThrottleInputRecord = PelmThrottleInputRecord;
 static_assert(sizeof(ThrottleInputRecord) == 7);
-static_assert(offsetof(ThrottleInputRecord, axisVals) == 0);
+static_assert(offsetof(ThrottleInputRecord, axisVals) == 0 && sizeof(ThrottleInputRecord::axisVals) == kThrottleLeverCount);
 static_assert(offsetof(ThrottleInputRecord, switchVals) == 6);
 
 class cPelmThrottle final : public cPelmDeviceRecord {

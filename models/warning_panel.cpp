@@ -34,9 +34,9 @@ platform::HidHandle cPelmWarning::Open() {
 }
 
 uint32_t cPelmWarning::OnInputReport(const uint8_t* report, uint32_t) {
-  uint8_t control = report[1];
-  controlByte = control;
-  DispatchInput(kTypeCode, CallbackIndex(), &control);
+  PelmWarningInputRecord record{report[1]};
+  controlByte = record.controlByte;
+  DispatchInput(kTypeCode, CallbackIndex(), &record);
   return 1;
 }
 

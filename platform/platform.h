@@ -84,6 +84,7 @@ using HidHandle = std::shared_ptr<HidDevice>;
 // Null when the path cannot be opened.
 HidHandle OpenDevice(const char* path, OpenMode mode);
 
+// Null when the OS gives no signal (no event or descriptor left).
 std::shared_ptr<ReadCancel> CreateReadCancel();
 
 // One pass over the HID interfaces present now, by index.

@@ -17,6 +17,8 @@ class EventFdCancel : public platform::ReadCancel {
  public:
   EventFdCancel();
   ~EventFdCancel() override;
+  // False when the system gave no eventfd: such a cancel can never be signalled.
+  bool Usable() const { return fd_ >= 0; }
   void Signal() override;
   bool WaitFor(std::chrono::milliseconds timeout) override;
   int Descriptor() const { return fd_; }

@@ -120,7 +120,10 @@ std::vector<PresentInterface> ListPresentInterfaces() {
   return present;
 }
 
-std::shared_ptr<ReadCancel> CreateReadCancel() { return std::make_shared<linux_hid::EventFdCancel>(); }
+std::shared_ptr<ReadCancel> CreateReadCancel() {
+  auto cancel = std::make_shared<linux_hid::EventFdCancel>();
+  return cancel->Usable() ? cancel : nullptr;
+}
 
 std::unique_ptr<InterfaceList> ListHidInterfaces() { return std::make_unique<linux_hid::HidrawInterfaceList>(); }
 

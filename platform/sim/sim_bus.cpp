@@ -1,6 +1,7 @@
 #include "platform/sim/sim_bus.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <thread>
 
 namespace pelm::sim {
@@ -188,6 +189,14 @@ std::shared_ptr<SimDevice> Bus::Find(const std::string& path) const {
   return nullptr;
 }
 
+std::string PanelPath(uint16_t productId, int instance) {
+  char path[160];
+  std::snprintf(path, sizeof path,
+                "\\\\?\\hid#vid_%04x&pid_%04x#7&sim&0&%04d#{4d1e55b2-f16f-11cf-88cb-001111000030}",
+                PELM_VENDOR_ID, productId, instance);
+  return path;
+}
+
 void Bus::Reset() {
   std::vector<std::shared_ptr<SimDevice>> devices;
   {
@@ -195,6 +204,7 @@ void Bus::Reset() {
     devices.swap(devices_);
     presentOrder_.clear();
     failListing_ = false;
+    failReadCancels_ = false;
     failListSteps_ = 0;
   }
   for (const auto& device : devices) {
@@ -211,6 +221,11 @@ void Bus::FailListing(bool fail) {
   failListing_ = fail;
 }
 
+void Bus::FailReadCancels(bool fail) {
+  std::lock_guard hold(mutex_);
+  failReadCancels_ = fail;
+}
+
 void Bus::FailNextListSteps(int count) {
   std::lock_guard hold(mutex_);
   failListSteps_ = count;
@@ -224,6 +239,11 @@ std::vector<std::string> Bus::PresentPaths() const {
 bool Bus::ListingFails() const {
   std::lock_guard hold(mutex_);
   return failListing_;
+}
+
+bool Bus::ReadCancelsFail() const {
+  std::lock_guard hold(mutex_);
+  return failReadCancels_;
 }
 
 bool Bus::ConsumeListStepFailure() {

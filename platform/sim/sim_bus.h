@@ -47,6 +47,10 @@ struct LogEntry {
 
 class Bus;
 
+// The interface path of simulated panel `instance` of a product, in lower case,
+// shaped as Windows names HID interfaces.
+std::string PanelPath(uint16_t productId, int instance);
+
 // One simulated device. It keeps its log and faults across unplug and replug.
 class SimDevice {
  public:
@@ -147,12 +151,15 @@ class Bus {
   static constexpr int kEveryListStep = -1;
   void FailListing(bool fail);
   void FailNextListSteps(int count);
+  // The OS has no signal left to cancel reads with (no eventfd, no event).
+  void FailReadCancels(bool fail);
 
   // Paths present now, in plug order.
   std::vector<std::string> PresentPaths() const;
 
   // Used by the platform functions of the simulated backend.
   bool ListingFails() const;
+  bool ReadCancelsFail() const;
   bool ConsumeListStepFailure();
   void AttachNotifier(const std::function<void(platform::DeviceEvent, const std::string&)>& post);
   void DetachNotifier();
@@ -166,6 +173,7 @@ class Bus {
   std::vector<std::string> presentOrder_;
   bool failListing_ = false;
   int failListSteps_ = 0;
+  bool failReadCancels_ = false;
   // Guards the notifier and every call of it; never held with mutex_.
   std::mutex notifierMutex_;
   std::function<void(platform::DeviceEvent, const std::string&)> notifier_;

@@ -280,7 +280,10 @@ std::vector<PresentInterface> ListPresentInterfaces() {
   return present;
 }
 
-std::shared_ptr<ReadCancel> CreateReadCancel() { return std::make_shared<sim::SimReadCancel>(); }
+std::shared_ptr<ReadCancel> CreateReadCancel() {
+  if (sim::Bus::Instance().ReadCancelsFail()) return nullptr;
+  return std::make_shared<sim::SimReadCancel>();
+}
 
 std::unique_ptr<InterfaceList> ListHidInterfaces() {
   if (sim::Bus::Instance().ListingFails()) return nullptr;

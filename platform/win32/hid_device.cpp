@@ -246,6 +246,9 @@ HidHandle OpenDevice(const char* path, OpenMode) {
   return std::make_shared<win32::Win32HidDevice>(handle);
 }
 
-std::shared_ptr<ReadCancel> CreateReadCancel() { return std::make_shared<win32::EventCancel>(); }
+std::shared_ptr<ReadCancel> CreateReadCancel() {
+  auto cancel = std::make_shared<win32::EventCancel>();
+  return cancel->Event() != nullptr ? cancel : nullptr;
+}
 
 }  // namespace pelm::platform

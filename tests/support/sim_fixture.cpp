@@ -1,7 +1,5 @@
 #include "support/sim_fixture.h"
 
-#include <cstdio>
-
 namespace pelm::test {
 
 bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds deadline) {
@@ -13,13 +11,7 @@ bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds
   return true;
 }
 
-std::string InterfacePath(uint16_t productId, int instance) {
-  char path[160];
-  std::snprintf(path, sizeof path,
-                "\\\\?\\hid#vid_%04x&pid_%04x#7&sim&0&%04d#{4d1e55b2-f16f-11cf-88cb-001111000030}",
-                PELM_VENDOR_ID, productId, instance);
-  return path;
-}
+std::string InterfacePath(uint16_t productId, int instance) { return sim::PanelPath(productId, instance); }
 
 sim::DeviceDescription PanelDescription(uint16_t productId, int instance, platform::HidCaps caps) {
   sim::DeviceDescription description;
