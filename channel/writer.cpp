@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <optional>
 #include <thread>
 
 #include "channel/hid_channel.h"
@@ -111,17 +110,19 @@ void cHidChannel::WriterLoop() {
   const auto stopping = [this] { return stopThreads_ != 0; };
   const auto hasWork = [this] { return stopThreads_ != 0 || !outputQueue_.IsEmpty(); };
   int32_t failuresInARow = 0;
-  // Set while the head report waits for its retry or for the own handle.
-  std::optional<Clock::time_point> lookAgainAt;
+  // While the head report waits for its retry or for the own handle: when to
+  // look at it again. Never, while the writer only waits for reports.
+  constexpr Clock::time_point kNever = Clock::time_point::max();
+  Clock::time_point lookAgainAt = kNever;
   for (;;) {
-    if (lookAgainAt) {
-      const auto left = std::chrono::ceil<std::chrono::milliseconds>(*lookAgainAt - Clock::now());
+    if (lookAgainAt != kNever) {
+      const auto left = std::chrono::ceil<std::chrono::milliseconds>(lookAgainAt - Clock::now());
       writerWake_.Sleep(stopping, std::max(left, std::chrono::milliseconds{0}));
     } else {
       writerWake_.Sleep(hasWork);
     }
     ++writerPasses_;
-    lookAgainAt.reset();
+    lookAgainAt = kNever;
     if (stopThreads_ != 0) break;
     if (outputQueue_.IsEmpty()) continue;
     if (rule.UsesOwnHandle() && !own) {
