@@ -1,11 +1,15 @@
-// Idle CPU: what a desk of connected panels costs the host when nothing
-// happens. The only work left is each writer's periodic look at its queue.
-// Beside it, the floor: as many bare threads that only wake at the same
-// interval, which is what that look costs at the least.
+// Idle cost: what a desk of connected panels costs the host when nothing
+// happens. An idle panel's reader waits in its read and its writer sleeps until
+// a report is queued, so their threads should not run at all: the floor for
+// wake-ups is 0. Wake-ups are counted as the context switches of every thread
+// but the measuring one, which is what the kernel did to run them.
 
-#include <memory>
-#include <condition_variable>
-#include <mutex>
+#include <dirent.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <sstream>
 #include <thread>
 
 #include "bench/benchmarks.h"
@@ -17,49 +21,55 @@ namespace {
 constexpr int kPanels = 64;
 constexpr auto kIdleTime = std::chrono::seconds(10);
 constexpr auto kQuickIdleTime = std::chrono::seconds(1);
-constexpr double kLimitPercentOfOneCore = 3;
-// The writer's look at its queue when nothing wakes it.
-constexpr auto kWriterLookInterval = std::chrono::milliseconds(10);
+constexpr double kLimitPercentOfOneCore = 0.5;
+// A timer that wakes every 10 ms wakes 100 times a second; an idle thread none.
+constexpr double kLimitWakeupsPerSecondPerPanel = 0.5;
+constexpr char kTaskRoot[] = "/proc/self/task";
 
-// Percent of one core the process uses over `idle`.
-double CpuPercentOver(Clock::duration idle) {
+// Context switches, voluntary and not, of one thread from its status file.
+uint64_t ContextSwitchesOf(const std::string& task) {
+  std::ifstream status(std::string(kTaskRoot) + "/" + task + "/status");
+  uint64_t switches = 0;
+  for (std::string line; std::getline(status, line);) {
+    std::istringstream fields(line);
+    std::string key;
+    uint64_t value = 0;
+    if (fields >> key >> value && (key == "voluntary_ctxt_switches:" || key == "nonvoluntary_ctxt_switches:")) {
+      switches += value;
+    }
+  }
+  return switches;
+}
+
+// Context switches of every thread of the process except the calling one.
+uint64_t OtherThreadsContextSwitches() {
+  const std::string self = std::to_string(syscall(SYS_gettid));
+  uint64_t switches = 0;
+  DIR* tasks = opendir(kTaskRoot);
+  if (tasks == nullptr) return 0;
+  while (const dirent* task = readdir(tasks)) {
+    const std::string name = task->d_name;
+    if (name == "." || name == ".." || name == self) continue;
+    switches += ContextSwitchesOf(name);
+  }
+  closedir(tasks);
+  return switches;
+}
+
+struct IdleCost {
+  double cpuPercent = 0;
+  double wakeupsPerSecond = 0;
+};
+
+IdleCost MeasureOver(Clock::duration idle) {
+  const uint64_t switchesBefore = OtherThreadsContextSwitches();
   const double cpuBefore = ProcessCpuSeconds();
   const auto start = Clock::now();
   std::this_thread::sleep_for(idle);
   const double cpu = ProcessCpuSeconds() - cpuBefore;
-  return 100.0 * cpu / std::chrono::duration<double>(Clock::now() - start).count();
-}
-
-// Threads that wake at the writers' interval and go back to sleep, each on its
-// own mutex and condition variable as each writer has.
-double BareWakingThreadsPercent(int threads, Clock::duration idle) {
-  struct Sleeper {
-    std::mutex mutex;
-    std::condition_variable stop;
-    bool stopping = false;
-    std::thread thread;
-  };
-  std::vector<std::unique_ptr<Sleeper>> sleepers;
-  for (int i = 0; i < threads; ++i) {
-    auto sleeper = std::make_unique<Sleeper>();
-    sleeper->thread = std::thread([&state = *sleeper] {
-      std::unique_lock hold(state.mutex);
-      // Each time-out is one idle look, as a writer's.
-      while (!state.stop.wait_for(hold, kWriterLookInterval, [&] { return state.stopping; })) {
-      }
-    });
-    sleepers.push_back(std::move(sleeper));
-  }
-  const double percent = CpuPercentOver(idle);
-  for (auto& sleeper : sleepers) {
-    {
-      std::lock_guard hold(sleeper->mutex);
-      sleeper->stopping = true;
-    }
-    sleeper->stop.notify_one();
-    sleeper->thread.join();
-  }
-  return percent;
+  const uint64_t switches = OtherThreadsContextSwitches() - switchesBefore;
+  const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
+  return {100.0 * cpu / seconds, static_cast<double>(switches) / seconds};
 }
 
 }  // namespace
@@ -71,23 +81,23 @@ std::vector<Figure> MeasureIdleCpu(const RunLength& length) {
   const bool allOpened = AllOpened(panels);
 
   const auto idle = length.quick ? Clock::duration(kQuickIdleTime) : Clock::duration(kIdleTime);
-  Progress("idle CPU: " + std::to_string(kPanels) + " panels for " +
-           std::to_string(std::chrono::duration_cast<std::chrono::seconds>(idle).count()) + " s");
-  const double libraryPercent = CpuPercentOver(idle);
+  const std::string seconds = std::to_string(std::chrono::duration_cast<std::chrono::seconds>(idle).count());
+  Progress("idle cost: " + std::to_string(kPanels) + " panels for " + seconds + " s");
+  const IdleCost library = MeasureOver(idle);
   PelmDev_Terminate();
   sim::Bus::Instance().Reset();
-  Progress("idle CPU: " + std::to_string(kPanels) + " bare threads waking every " +
-           std::to_string(kWriterLookInterval.count()) + " ms");
-  const double floorPercent = BareWakingThreadsPercent(kPanels, idle);
 
-  const std::string seconds = std::to_string(std::chrono::duration_cast<std::chrono::seconds>(idle).count());
+  const std::string opened = allOpened ? "" : "; NOT EVERY PANEL WAS OPENED";
+  const std::string panelsText = std::to_string(kPanels) + " panels";
   return {
-      {"idle CPU, " + std::to_string(kPanels) + " bare threads waking every " +
-           std::to_string(kWriterLookInterval.count()) + " ms (floor)",
-       floorPercent, "% of one core", {}, false, "process CPU time (getrusage) over " + seconds + " s"},
-      {"idle CPU, " + std::to_string(kPanels) + " panels", libraryPercent, "% of one core", kLimitPercentOfOneCore,
-       false,
-       "process CPU time (getrusage) over " + seconds + " s" + (allOpened ? "" : "; NOT EVERY PANEL WAS OPENED")},
+      {"idle wake-ups per second, no thread woken (floor)", 0, "wake-ups/s", {}, false, "nothing to do"},
+      {"idle wake-ups per second, " + panelsText, library.wakeupsPerSecond, "wake-ups/s",
+       kLimitWakeupsPerSecondPerPanel * kPanels, false,
+       "context switches of the library's threads (/proc/self/task/*/status) over " + seconds + " s" + opened},
+      {"idle CPU, " + panelsText, library.cpuPercent, "% of one core", kLimitPercentOfOneCore, false,
+       "process CPU time (getrusage) over " + seconds + " s" + opened},
+      {"idle CPU per panel", library.cpuPercent / kPanels, "% of one core", {}, false, "the line above / " +
+       std::to_string(kPanels)},
   };
 }
 

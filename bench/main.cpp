@@ -23,16 +23,17 @@ const std::vector<std::string>& MethodNotes() {
       "Simulated bus, one process; every device has its transfer log off and only counts transfers.",
       "Input latency: a radio panel; each report is injected after the previous one arrived. The floor is a "
       "thread calling ReadInput on a second radio panel in a loop; floor and library reports alternate.",
-      "Setter cost: each batch of 20 calls is timed as a whole (below the 25-report queue, so no call is "
-      "refused); between batches, untimed, the writer drains the queue. The writer runs during the batch, as "
-      "it does for a host. 'Writer busy': the device takes 1 ms per report, so the writer is inside it while "
-      "19 calls are timed and none of them has to wake it.",
+      "Setter cost: with the writer asleep each call is timed alone; between calls, untimed, the writer sends "
+      "the report and goes back to sleep, so every call wakes it. The floor is a bare condition-variable wake of "
+      "a sleeping thread, timed the same way. 'Writer busy': the device takes 1 ms per report, so the writer is "
+      "inside it while 19 calls are timed as a batch and none of them has to wake it; the floor is a bare "
+      "append of an allocated report to a locked queue.",
       "Writer throughput: button panels (instant devices); producers keep the queues full and the count of "
       "reports the devices received over the window is divided by its length.",
       "Init/Terminate: timed from the host's call to its return; the panels' reader and writer threads are "
       "started and joined inside.",
-      "Idle CPU: whole-process user+system time; the benchmark's own thread sleeps. The floor is as many bare "
-      "threads waking at the writers' 10 ms interval.",
+      "Idle cost: whole-process user+system time and the context switches of every thread but the "
+      "benchmark's own, which sleeps; an idle panel's threads should not run at all.",
   };
   return notes;
 }

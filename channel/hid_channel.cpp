@@ -13,9 +13,12 @@ namespace pelm {
 namespace {
 
 // A read that fails at once (device unplugged, handle gone) is tried again after
-// this pause rather than in a busy loop, until the removal handler stops the
-// reader.
-constexpr std::chrono::milliseconds kFailedReadPause{10};
+// a pause that doubles each time, in case the failure passes. After this many
+// failures in a row the handle is taken for dead and the reader only waits for
+// its stop: the removal handler stops it, and the device's return starts a
+// reader on a fresh handle.
+constexpr std::chrono::milliseconds kFirstFailedReadPause{10};
+constexpr int kFailedReadsBeforeGivingUp = 5;
 
 // A reader that rests between passes reads at most this many waiting reports
 // per pass: more than any HID driver buffers, so it always reaches the newest,
@@ -30,6 +33,11 @@ void TakeNewestPending(platform::HidDevice& device, uint8_t* buffer, uint32_t le
   for (int taken = 0; taken < kMostPendingReportsPerPass; ++taken) {
     if (device.ReadPendingInput(buffer, length, got) != platform::ReadStatus::Completed) return;
     bytesRead = got;
+  }
+}
+
+void WaitForStop(platform::ReadCancel& cancel) {
+  while (!cancel.WaitFor(std::chrono::hours(1))) {
   }
 }
 
@@ -57,7 +65,7 @@ bool SamePath(const std::string& upperCased, const char* path) {
 }
 
 cHidChannel::cHidChannel(const char* path, const ChannelConfig& config)
-    : config_(config), devicePath_(UpperCasePath(path)), writeSemaphore_(config.queueLimit) {
+    : config_(config), devicePath_(UpperCasePath(path)) {
   outputQueue_.Create();
 }
 
@@ -144,12 +152,10 @@ int cHidChannel::StartThreads() {
   if (readerThread_.joinable() || writerThread_.joinable()) StopThreads();
   stopThreads_ = 0;
 
-  // The handle of the identification (or of the previous run) is replaced by a
-  // fresh one: a device that comes back is a new handle for the OS.
-  {
-    std::lock_guard hold(handleMutex_);
-    deviceHandle_.reset();
-  }
+  // The handle of the identification is replaced by a fresh one: a device that
+  // comes back is a new handle for the OS. The fresh one opens before the old
+  // one closes, so that a USB HID driver does not pause on the first open of a
+  // closed device once more.
   platform::HidHandle device = platform::OpenDevice(devicePath_.c_str(), platform::OpenMode::Overlapped);
   {
     std::lock_guard hold(handleMutex_);
@@ -160,7 +166,6 @@ int cHidChannel::StartThreads() {
   if (device && !Identified()) Identify(*device);
 
   readCancel_ = platform::CreateReadCancel();
-  writeSemaphore_.Reset();
   if (readCancel_ && LaunchThreads(device)) return 1;
   // Without a read that can be cancelled, or without its threads, the device
   // does not run: a reader that nothing can stop would hang every later stop.
@@ -187,7 +192,7 @@ bool cHidChannel::LaunchThreads(const platform::HidHandle& device) {
 int cHidChannel::StopThreads() {
   stopThreads_ = 1;
   if (readCancel_) readCancel_->Signal();
-  writeSemaphore_.Release();
+  writerWake_.Wake();
   if (readerThread_.joinable()) readerThread_.join();
   if (writerThread_.joinable()) writerThread_.join();
   readCancel_.reset();
@@ -207,15 +212,21 @@ void cHidChannel::ReaderLoop(platform::HidHandle device, std::shared_ptr<platfor
     }
   }
   if (!device || buffer == nullptr || readLength == 0) {
-    // Nothing can be read from this device: wait for the stop.
-    while (!cancel->WaitFor(std::chrono::hours(1))) {
-    }
+    // Nothing can be read from this device.
+    WaitForStop(*cancel);
     return;
   }
 
+  std::chrono::milliseconds failedReadPause = kFirstFailedReadPause;
+  int failedReadsInARow = 0;
   while (stopThreads_ == 0) {
+    ++readerPasses_;
     uint32_t bytesRead = 0;
     const platform::ReadStatus status = device->ReadInput(buffer, readLength, bytesRead, *cancel);
+    if (status != platform::ReadStatus::Failed) {
+      failedReadsInARow = 0;
+      failedReadPause = kFirstFailedReadPause;
+    }
     if (status == platform::ReadStatus::Completed) {
       if (config_.readerPause.count() > 0) TakeNewestPending(*device, buffer, readLength, bytesRead);
       if (stopThreads_ != 0) break;
@@ -223,7 +234,12 @@ void cHidChannel::ReaderLoop(platform::HidHandle device, std::shared_ptr<platfor
       std::fill(buffer + bytesRead, buffer + inputBufferLength_, uint8_t{0});
       DeliverInput(buffer, bytesRead);
     } else if (status == platform::ReadStatus::Failed) {
-      cancel->WaitFor(kFailedReadPause);
+      if (++failedReadsInARow >= kFailedReadsBeforeGivingUp) {
+        WaitForStop(*cancel);
+        return;
+      }
+      cancel->WaitFor(failedReadPause);
+      failedReadPause *= 2;
     }
     if (config_.readerPause.count() > 0) cancel->WaitFor(config_.readerPause);
   }
@@ -237,7 +253,7 @@ bool cHidChannel::QueueReport(ReportBytes report, uint32_t length, ReportKind ki
   if (outputQueue_.Count() >= config_.queueLimit) return false;
   if (outputQueue_.PushBack(entry.get()) == 0) return false;
   entry.release();
-  writeSemaphore_.Release();
+  writerWake_.WakeIfAsleep();
   return true;
 }
 

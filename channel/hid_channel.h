@@ -14,8 +14,8 @@
 
 #include "channel/report.h"
 #include "channel/report_queue.h"
-#include "channel/wake_semaphore.h"
 #include "channel/writer_rule.h"
+#include "channel/writer_wake.h"
 #include "core/pelm_dev.h"
 #include "platform/platform.h"
 
@@ -33,7 +33,7 @@ inline constexpr uint32_t kClassBasedQueueLimit = 100;
 
 struct ChannelConfig {
   WriterVariant writer = WriterVariant::None;
-  // Reports pending at most; also the cap of the writer's wake semaphore.
+  // Reports pending at most.
   uint32_t queueLimit = kFunctionBasedQueueLimit;
   // Pause at the end of every reader pass (the throttle quadrant's pacing).
   // A reader that pauses hands on, of the reports waiting after its pause,
@@ -84,6 +84,11 @@ class cHidChannel {
   // The most reports that were ever pending at once on this object.
   uint32_t PendingReportsHighWater() const { return outputQueue_.HighWater(); }
 
+  // How often the writer woke and the reader went round its loop since the
+  // object was made: an idle device costs neither.
+  uint64_t WriterPasses() const { return writerPasses_.load(); }
+  uint64_t ReaderPasses() const { return readerPasses_.load(); }
+
   bool Identified() const;
   platform::HidCaps Caps() const;
   platform::HidAttributes Attributes() const;
@@ -131,7 +136,8 @@ class cHidChannel {
   void ReaderLoop(platform::HidHandle device, std::shared_ptr<platform::ReadCancel> cancel);
   void WriterLoop();
   bool Send(WriterRule::Method method, QueueEntry& entry, platform::HidHandle& own);
-  void SendWhileRunning(const WriterRule& rule, std::unique_ptr<QueueEntry> entry,
+  // True when the report was put back at the head for a retry.
+  bool SendWhileRunning(const WriterRule& rule, std::unique_ptr<QueueEntry> entry,
                         platform::HidHandle& own, int32_t& failuresInARow);
 
   const ChannelConfig config_;
@@ -150,7 +156,9 @@ class cHidChannel {
 
   std::atomic<uint32_t> stopThreads_{0};
   std::shared_ptr<platform::ReadCancel> readCancel_;
-  WakeSemaphore writeSemaphore_;
+  WriterWake writerWake_;
+  std::atomic<uint64_t> writerPasses_{0};
+  std::atomic<uint64_t> readerPasses_{0};
   std::thread readerThread_;
   std::thread writerThread_;
 };

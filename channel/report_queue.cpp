@@ -9,8 +9,9 @@ cReportQueue::~cReportQueue() { Destroy(); }
 void cReportQueue::Create() {
   head_ = nullptr;
   tail_ = nullptr;
+  count_ = 0;
   highWater_ = 0;
-  lock_.reset(new (std::nothrow) std::recursive_mutex);
+  lock_.reset(new (std::nothrow) std::mutex);
 }
 
 void cReportQueue::Destroy() {
@@ -24,15 +25,12 @@ void cReportQueue::Destroy() {
     }
     head_ = nullptr;
     tail_ = nullptr;
+    count_ = 0;
   }
   lock_.reset();
 }
 
-uint32_t cReportQueue::CountLocked() const {
-  uint32_t count = 0;
-  for (const Node* node = head_; node != nullptr; node = node->next) ++count;
-  return count;
-}
+uint32_t cReportQueue::CountLocked() const { return count_; }
 
 // Only ever raised under the lock, so no update is lost between two appends.
 void cReportQueue::NoteCountLocked(uint32_t count) {
@@ -42,7 +40,6 @@ void cReportQueue::NoteCountLocked(uint32_t count) {
 uint32_t cReportQueue::PushBack(QueueEntry* entry) {
   if (!lock_) return 0;
   std::lock_guard hold(*lock_);
-  const uint32_t before = Count();
   Node* node = new (std::nothrow) Node{entry, nullptr, tail_};
   if (node == nullptr) return 0;
   if (tail_ == nullptr) {
@@ -51,8 +48,8 @@ uint32_t cReportQueue::PushBack(QueueEntry* entry) {
     tail_->next = node;
   }
   tail_ = node;
-  NoteCountLocked(before + 1);
-  return before + 1;
+  NoteCountLocked(++count_);
+  return count_;
 }
 
 uint32_t cReportQueue::PushFront(QueueEntry* entry) {
@@ -68,7 +65,7 @@ uint32_t cReportQueue::PushFront(QueueEntry* entry) {
   head_ = node;
   // A report put back after a failed send counts too: it sits on top of what
   // the host queued meanwhile.
-  NoteCountLocked(CountLocked());
+  NoteCountLocked(++count_);
   return 1;
 }
 
@@ -85,6 +82,7 @@ QueueEntry* cReportQueue::PopFront() {
     head_->prev = nullptr;
   }
   delete node;
+  --count_;
   return entry;
 }
 

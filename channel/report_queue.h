@@ -1,6 +1,6 @@
 #pragma once
 // The output report queue of one device: a doubly linked list of pending
-// entries under a recursive lock. Host threads append through the channel's
+// entries under a lock. Host threads append through the channel's
 // QueueReport; the device's writer thread takes entries from the head and puts
 // back at the head a report whose send failed. The queue never looks inside an
 // entry and never releases one: entries belong to the channel.
@@ -51,8 +51,8 @@ class cReportQueue {
 
   Node* head_ = nullptr;
   Node* tail_ = nullptr;
-  // Recursive: PushBack counts the list under its own hold.
-  std::unique_ptr<std::recursive_mutex> lock_;
+  uint32_t count_ = 0;
+  std::unique_ptr<std::mutex> lock_;
   std::atomic<uint32_t> highWater_{0};
 };
 

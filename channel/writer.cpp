@@ -11,9 +11,12 @@
 namespace pelm {
 namespace {
 
-// The writer wakes at once for each queued report and otherwise looks at the
-// queue this often; a report put back after a failure is retried this soon.
-constexpr std::chrono::milliseconds kWriterLookInterval{10};
+// A report put back after a failed send is retried this soon.
+constexpr std::chrono::milliseconds kRetryInterval{10};
+// A writer whose own handle would not open (the device is away) tries again
+// after this pause, doubled after each failed open up to the longest.
+constexpr std::chrono::milliseconds kFirstReopenPause{10};
+constexpr std::chrono::milliseconds kLongestReopenPause{1000};
 // Older version-switched devices need a breath after each feature report.
 constexpr std::chrono::milliseconds kFeatureReportSettle{1};
 // The counted writer drops a report once this many attempts in a row have failed.
@@ -69,48 +72,79 @@ bool cHidChannel::Send(WriterRule::Method method, QueueEntry& entry, platform::H
   return false;
 }
 
-void cHidChannel::SendWhileRunning(const WriterRule& rule, std::unique_ptr<QueueEntry> entry,
+bool cHidChannel::SendWhileRunning(const WriterRule& rule, std::unique_ptr<QueueEntry> entry,
                                    platform::HidHandle& own, int32_t& failuresInARow) {
   using F = WriterRule::OnFailure;
   ++failuresInARow;
   if (Send(rule.send, *entry, own)) {
     failuresInARow = 0;
     if (rule.pauseAfterSuccess.count() > 0) std::this_thread::sleep_for(rule.pauseAfterSuccess);
-    return;
+    return false;
   }
-  if (rule.failure == F::Drop) return;
+  if (rule.failure == F::Drop) return false;
   // The next pass opens the device afresh.
   own.reset();
-  if (rule.failure == F::RetryThreeInARow && failuresInARow >= kCountedWriterAttempts) return;
-  if (outputQueue_.PushFront(entry.get()) == 1) entry.release();
+  if (rule.failure == F::RetryThreeInARow && failuresInARow >= kCountedWriterAttempts) return false;
+  if (outputQueue_.PushFront(entry.get()) == 0) return false;
+  entry.release();
+  return true;
 }
 
 void cHidChannel::WriterLoop() {
+  using Clock = std::chrono::steady_clock;
   const WriterRule rule = RuleFor(config_.writer, Attributes().versionNumber);
   platform::HidHandle own;
+  Clock::time_point reopenDue{};
+  std::chrono::milliseconds reopenPause = kFirstReopenPause;
+  const auto openOwn = [&] {
+    own = platform::OpenDevice(devicePath_.c_str(), platform::OpenMode::Synchronous);
+    if (own) {
+      reopenPause = kFirstReopenPause;
+      return;
+    }
+    reopenDue = Clock::now() + reopenPause;
+    reopenPause = std::min(reopenPause * 2, kLongestReopenPause);
+  };
+  if (rule.UsesOwnHandle()) openOwn();
+
+  const auto stopping = [this] { return stopThreads_ != 0; };
+  const auto hasWork = [this] { return stopThreads_ != 0 || !outputQueue_.IsEmpty(); };
   int32_t failuresInARow = 0;
-  bool draining = false;
+  // While the head report waits for its retry or for the own handle: when to
+  // look at it again. Never, while the writer only waits for reports.
+  constexpr Clock::time_point kNever = Clock::time_point::max();
+  Clock::time_point lookAgainAt = kNever;
   for (;;) {
+    if (lookAgainAt != kNever) {
+      const auto left = std::chrono::ceil<std::chrono::milliseconds>(lookAgainAt - Clock::now());
+      writerWake_.Sleep(stopping, std::max(left, std::chrono::milliseconds{0}));
+    } else {
+      writerWake_.Sleep(hasWork);
+    }
+    ++writerPasses_;
+    lookAgainAt = kNever;
+    if (stopThreads_ != 0) break;
+    if (outputQueue_.IsEmpty()) continue;
     if (rule.UsesOwnHandle() && !own) {
-      own = platform::OpenDevice(devicePath_.c_str(), platform::OpenMode::Synchronous);
-    }
-    if (!draining) {
-      writeSemaphore_.AcquireFor(kWriterLookInterval);
-      if (!outputQueue_.IsEmpty()) {
-        SendWhileRunning(rule, std::unique_ptr<QueueEntry>(outputQueue_.PopFront()), own, failuresInARow);
+      if (Clock::now() < reopenDue) {
+        lookAgainAt = reopenDue;
+        continue;
       }
-      if (stopThreads_ == 1) draining = true;
-      continue;
+      openOwn();
     }
-    // Draining at stop: every report queued by now is tried once and released.
-    // Reports a busy host queues meanwhile stay queued: draining those too
-    // would let a host that keeps calling hold the stop off for ever.
-    for (uint32_t queuedAtStop = outputQueue_.Count(); queuedAtStop > 0; --queuedAtStop) {
-      std::unique_ptr<QueueEntry> entry(outputQueue_.PopFront());
-      if (!entry) break;
-      Send(rule.drain, *entry, own);
+    if (SendWhileRunning(rule, std::unique_ptr<QueueEntry>(outputQueue_.PopFront()), own, failuresInARow)) {
+      lookAgainAt = std::max(Clock::now() + kRetryInterval, reopenDue);
     }
-    return;
+  }
+
+  // Draining at stop: every report queued by now is tried once and released.
+  // Reports a busy host queues meanwhile stay queued: draining those too
+  // would let a host that keeps calling hold the stop off for ever.
+  if (rule.UsesOwnHandle() && !own) own = platform::OpenDevice(devicePath_.c_str(), platform::OpenMode::Synchronous);
+  for (uint32_t queuedAtStop = outputQueue_.Count(); queuedAtStop > 0; --queuedAtStop) {
+    std::unique_ptr<QueueEntry> entry(outputQueue_.PopFront());
+    if (!entry) break;
+    Send(rule.drain, *entry, own);
   }
 }
 

@@ -43,7 +43,8 @@ void HandleArrival(const char* path) {
     NotifyConnect(known.model->typeCode, known.index, PELM_EVENT_ARRIVAL);
     return;
   }
-  const ModelDescriptor* model = ProbeModels(path);
+  const Recognised recognised = ProbeModels(path);
+  const ModelDescriptor* model = recognised.model;
   if (model == nullptr || model->create == nullptr) return;
   cHidChannel* object = model->create(path);
   if (object == nullptr) return;

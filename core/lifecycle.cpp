@@ -57,19 +57,26 @@ void PlaceAtInit(const ModelDescriptor& model, const char* path, int32_t& placed
 
 }  // namespace
 
-bool Probe(const char* path, uint16_t productId) {
-  const platform::HidHandle device = platform::OpenDevice(path, platform::OpenMode::Overlapped);
-  if (!device) return false;
+platform::HidHandle Probe(const char* path, uint16_t productId) {
+  platform::HidHandle device = platform::OpenDevice(path, platform::OpenMode::Overlapped);
+  if (!device) return nullptr;
   platform::HidAttributes attributes;
-  return device->GetAttributes(attributes) && attributes.vendorId == kVendorId &&
-         attributes.productId == productId;
+  const bool answers = device->GetAttributes(attributes) && attributes.vendorId == kVendorId &&
+                       attributes.productId == productId;
+  return answers ? device : nullptr;
 }
 
-const ModelDescriptor* ProbeModels(const char* path) {
+Recognised ProbeModels(const char* path) {
+  // Where the OS tells the IDs without an open, only the model they name is
+  // probed, and a foreign device is not opened at all: a USB HID driver may
+  // pause tens of milliseconds on each open of a closed device.
+  const std::optional<platform::InterfaceIds> ids = platform::IdsWithoutOpening(path);
+  if (ids && ids->vendorId != kVendorId) return {};
   for (const ModelDescriptor& model : ModelsInProbeOrder()) {
-    if (Probe(path, model.productId)) return &model;
+    if (ids && ids->productId != model.productId) continue;
+    if (platform::HidHandle handle = Probe(path, model.productId)) return {&model, std::move(handle)};
   }
-  return nullptr;
+  return {};
 }
 
 uint32_t Init(void* instance) {
@@ -87,9 +94,9 @@ uint32_t Init(void* instance) {
     if (step == platform::InterfaceStep::NoMoreItems) break;
     failedInARow = step == platform::InterfaceStep::Failed ? failedInARow + 1 : 0;
     if (step != platform::InterfaceStep::Found || path.size() > kMaxDevicePathLength) continue;
-    const ModelDescriptor* model = ProbeModels(path.c_str());
-    if (model == nullptr || model->create == nullptr) continue;
-    PlaceAtInit(*model, path.c_str(), placed[model->typeCode]);
+    const Recognised recognised = ProbeModels(path.c_str());
+    if (recognised.model == nullptr || recognised.model->create == nullptr) continue;
+    PlaceAtInit(*recognised.model, path.c_str(), placed[recognised.model->typeCode]);
   }
   return 0;
 }

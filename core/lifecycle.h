@@ -11,10 +11,18 @@ namespace pelm::core {
 uint32_t Init(void* instance);
 uint32_t Terminate();
 
-// True when the device at `path` answers with the vendor ID and `productId`.
-bool Probe(const char* path, uint16_t productId);
-// The first model in probe order whose product ID the device answers with.
-const ModelDescriptor* ProbeModels(const char* path);
+// The open handle of the device at `path` when it answers with the vendor ID and
+// `productId`; null otherwise.
+platform::HidHandle Probe(const char* path, uint16_t productId);
+// The first model in probe order whose product ID the device answers with, and
+// the handle that recognised it. Keeping that handle open while the model's
+// object opens its own spares a USB HID driver the pause it takes on the first
+// open of a closed device.
+struct Recognised {
+  const ModelDescriptor* model = nullptr;
+  platform::HidHandle handle;
+};
+Recognised ProbeModels(const char* path);
 
 // Arrival and removal of a device interface, on the thread that called Init.
 void HandleDeviceEvent(platform::DeviceEvent event, const char* path);

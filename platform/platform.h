@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -83,6 +84,15 @@ using HidHandle = std::shared_ptr<HidDevice>;
 
 // Null when the path cannot be opened.
 HidHandle OpenDevice(const char* path, OpenMode mode);
+
+// The vendor and product IDs of the interface at `path`, where the OS tells
+// them without opening the device (Linux keeps them in sysfs); nullopt where
+// only an open handle tells them, or when `path` is not present.
+struct InterfaceIds {
+  uint16_t vendorId = 0;
+  uint16_t productId = 0;
+};
+std::optional<InterfaceIds> IdsWithoutOpening(const char* path);
 
 // Null when the OS gives no signal (no event or descriptor left).
 std::shared_ptr<ReadCancel> CreateReadCancel();

@@ -90,6 +90,12 @@ HidHandle OpenDevice(const char* path, OpenMode mode) {
   return std::make_shared<linux_hid::HidrawDevice>(fd, std::move(*node), *lengths);
 }
 
+std::optional<InterfaceIds> IdsWithoutOpening(const char* path) {
+  const std::optional<linux_hid::HidrawNode> node = linux_hid::Nodes().Find(path);
+  if (!node) return std::nullopt;
+  return InterfaceIds{node->vendorId, node->productId};
+}
+
 OpenAttempt TryOpen(const char* path) {
   const std::optional<linux_hid::HidrawNode> node = linux_hid::Nodes().Find(path);
   if (!node) return {OpenFailure::NotPresent, ENOENT};

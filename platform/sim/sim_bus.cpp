@@ -206,6 +206,7 @@ void Bus::Reset() {
     presentOrder_.clear();
     failListing_ = false;
     failReadCancels_ = false;
+    tellIdsWithoutOpening_ = false;
     failListSteps_ = 0;
   }
   for (const auto& device : devices) {
@@ -225,6 +226,16 @@ void Bus::FailListing(bool fail) {
 void Bus::FailReadCancels(bool fail) {
   std::lock_guard hold(mutex_);
   failReadCancels_ = fail;
+}
+
+void Bus::TellIdsWithoutOpening(bool tell) {
+  std::lock_guard hold(mutex_);
+  tellIdsWithoutOpening_ = tell;
+}
+
+bool Bus::TellsIdsWithoutOpening() const {
+  std::lock_guard hold(mutex_);
+  return tellIdsWithoutOpening_;
 }
 
 void Bus::FailNextListSteps(int count) {

@@ -153,6 +153,9 @@ class Bus {
   void FailNextListSteps(int count);
   // The OS has no signal left to cancel reads with (no eventfd, no event).
   void FailReadCancels(bool fail);
+  // The bus tells a device's vendor and product IDs without opening it, as
+  // Linux does; by default only an open handle tells them, as on Windows.
+  void TellIdsWithoutOpening(bool tell);
 
   // Paths present now, in plug order.
   std::vector<std::string> PresentPaths() const;
@@ -160,6 +163,7 @@ class Bus {
   // Used by the platform functions of the simulated backend.
   bool ListingFails() const;
   bool ReadCancelsFail() const;
+  bool TellsIdsWithoutOpening() const;
   bool ConsumeListStepFailure();
   void AttachNotifier(const std::function<void(platform::DeviceEvent, const std::string&)>& post);
   void DetachNotifier();
@@ -174,6 +178,7 @@ class Bus {
   bool failListing_ = false;
   int failListSteps_ = 0;
   bool failReadCancels_ = false;
+  bool tellIdsWithoutOpening_ = false;
   // Guards the notifier and every call of it; never held with mutex_.
   std::mutex notifierMutex_;
   std::function<void(platform::DeviceEvent, const std::string&)> notifier_;

@@ -259,6 +259,14 @@ HidHandle OpenDevice(const char* path, OpenMode mode) {
   return std::make_shared<sim::SimHidDevice>(device, generation, id, mode);
 }
 
+std::optional<InterfaceIds> IdsWithoutOpening(const char* path) {
+  if (!sim::Bus::Instance().TellsIdsWithoutOpening()) return std::nullopt;
+  const std::shared_ptr<sim::SimDevice> device = sim::FindPresent(path);
+  if (!device) return std::nullopt;
+  const sim::DeviceDescription& description = device->Description();
+  return InterfaceIds{description.vendorId, description.productId};
+}
+
 OpenAttempt TryOpen(const char* path) {
   std::shared_ptr<sim::SimDevice> device = sim::FindPresent(path);
   if (!device) return {OpenFailure::NotPresent, ENOENT};

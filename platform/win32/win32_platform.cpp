@@ -78,6 +78,10 @@ std::unique_ptr<InterfaceList> ListHidInterfaces() {
   return std::make_unique<win32::SetupDiInterfaceList>(set, guid);
 }
 
+// Recognising a device on Windows means opening it and asking its attributes,
+// model by model.
+std::optional<InterfaceIds> IdsWithoutOpening(const char*) { return std::nullopt; }
+
 std::unique_ptr<NamedMutex> CreateNamedMutex(const char* name) {
   const HANDLE mutex = CreateMutexA(nullptr, FALSE, name);
   if (mutex == nullptr) return nullptr;

@@ -134,6 +134,29 @@ TEST_F(DeviceChannelTest, ADeviceThatVanishesMidReadLeavesTheReaderStoppable) {
   EXPECT_TRUE(record->Inputs().empty());
 }
 
+TEST_F(DeviceChannelTest, AGoneDevicesThreadsBackOffAndTheReaderGivesItsHandleUp) {
+  auto device = bus().Plug(PanelDescription(kTestProductId, 1));
+  RecordPtr record = OpenTestRecord(device->Description().path, TestParams(WriterVariant::Retrying));
+  bus().Unplug(device->Description().path, /*notify=*/false);
+  // A report that cannot go keeps the writer reopening its handle.
+  ASSERT_EQ(record->QueueByteReport(3, 1), PELM_SUCCESS);
+  const uint64_t readerBefore = record->ReaderPasses();
+  const uint64_t writerBefore = record->WriterPasses();
+  // Threads that retried every 10 ms would pass about a hundred times in this
+  // second; backing off, each passes a few times.
+  constexpr uint64_t kFewPasses = 12;
+  EXPECT_FALSE(WaitUntil(
+      [&] {
+        return record->ReaderPasses() > readerBefore + kFewPasses || record->WriterPasses() > writerBefore + kFewPasses;
+      },
+      1s));
+  // By now the reader has given its dead handle up and waits for its stop.
+  const uint64_t settled = record->ReaderPasses();
+  EXPECT_FALSE(WaitUntil([&] { return record->ReaderPasses() != settled; }, 300ms));
+  record->StopThreads();
+  EXPECT_EQ(record->PendingReports(), 0u);
+}
+
 TEST_F(DeviceChannelTest, RestartOpensAFreshHandleAndKeepsTheRecord) {
   auto device = bus().Plug(PanelDescription(kTestProductId, 1));
   RecordPtr record = OpenTestRecord(device->Description().path, TestParams(WriterVariant::Direct, true));

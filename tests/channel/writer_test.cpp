@@ -162,6 +162,17 @@ TEST_F(WriterTest, VersionSwitchedWriterSendsFeatureReportsToOlderDevices) {
   EXPECT_EQ(device->CountOf(LogOp::WriteOutput), 0u);
 }
 
+TEST_F(WriterTest, AnIdleWriterSleepsAndEachReportWakesItOnce) {
+  RecordPtr record = Open(WriterVariant::Retrying);
+  for (uint8_t n = 1; n <= 2; ++n) {
+    ASSERT_TRUE(Queue(*record, {3, n}));
+    ASSERT_TRUE(WaitForSent(LogOp::SetFeature, n));
+    EXPECT_EQ(record->WriterPasses(), n);
+  }
+  // A writer that looked at its queue on a timer would pass dozens of times here.
+  EXPECT_FALSE(WaitUntil([&] { return record->WriterPasses() != 2; }, 300ms));
+}
+
 TEST_F(WriterTest, ModelsWithoutAWriterStartNoWriterThread) {
   RecordPtr record = Open(WriterVariant::None);
   ASSERT_TRUE(Queue(*record, {3, 1}));

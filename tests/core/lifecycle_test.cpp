@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <set>
 #include <thread>
 
 #include "core/model_table.h"
@@ -93,6 +94,47 @@ TEST_F(LifecycleTest, AModelIsRecognisedAfterTheProbesBeforeItInProbeOrder) {
   // Six probes, then the record's identification and its reader's handle.
   EXPECT_EQ(device->CountOf(sim::LogOp::Open), 6u + 2u);
   EXPECT_EQ(PelmToggles_GetNumDevices(), 1u);
+}
+
+// Opens that found no other handle of the device open: the ones a USB HID
+// driver pauses on.
+int ColdOpens(const sim::SimDevice& device) {
+  std::set<uint64_t> open;
+  int cold = 0;
+  for (const sim::LogEntry& entry : device.Log()) {
+    if (entry.op == sim::LogOp::Open) {
+      if (open.empty()) ++cold;
+      open.insert(entry.handleId);
+    } else if (entry.op == sim::LogOp::Close) {
+      open.erase(entry.handleId);
+    }
+  }
+  return cold;
+}
+
+TEST_F(LifecycleTest, WhereTheOsTellsTheIdsEveryPanelIsProbedOnceAndAForeignDeviceNever) {
+  bus().TellIdsWithoutOpening(true);
+  sim::DeviceDescription foreign = PanelDescription(kButtonsId, 1);
+  foreign.vendorId = 0x046D;
+  auto stranger = bus().Plug(foreign);
+  std::vector<std::shared_ptr<sim::SimDevice>> panels;
+  for (const ModelDescriptor& model : ModelsInProbeOrder()) panels.push_back(Plug(model.productId, 2));
+  const std::size_t opensOfTheFirstModel = 1 + 2;  // its probe, its identification, its reader's handle
+
+  PelmDev_Init(nullptr);
+  EXPECT_EQ(stranger->CountOf(sim::LogOp::Open), 0u);
+  for (std::size_t i = 0; i < panels.size(); ++i) {
+    SCOPED_TRACE(panels[i]->Description().path);
+    EXPECT_GT(panels[i]->OpenHandles(), 0);
+    // Main handles only: writers open their own handles on their own threads.
+    std::size_t mainOpens = 0;
+    for (const sim::LogEntry& entry : panels[i]->LogOf(sim::LogOp::Open)) {
+      mainOpens += entry.mode == platform::OpenMode::Overlapped ? 1 : 0;
+    }
+    EXPECT_EQ(mainOpens, opensOfTheFirstModel);
+    // The probe's handle stays open while the object opens its own.
+    EXPECT_EQ(ColdOpens(*panels[i]), 1);
+  }
 }
 
 TEST_F(LifecycleTest, DevicesBeyondTheSlotTableAreDiscarded) {

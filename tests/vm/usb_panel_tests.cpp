@@ -99,8 +99,9 @@ TEST_F(UsbPanelTest, EveryModelHasItsUsbVersionPathAndSerialAndReportsInputFromI
   }
   WaitForNodes();
   lap("built and enumerated");
-  // Each first open of a USB HID device's node waits 50 ms in the kernel, and
-  // Init opens a node once per model it probes.
+  // Each first open of a closed USB HID device's node waits 50 ms in the
+  // kernel; Init takes each panel's IDs from sysfs and opens its node once
+  // while it is closed.
   PelmDev_Init(nullptr);
   lap("opened by Init");
   for (std::size_t i = 0; i < std::size(kModels); ++i) {
