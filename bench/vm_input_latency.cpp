@@ -1,24 +1,28 @@
-// Input latency on the real kernel, inside the test VM: from an input report
-// written to uhid to its delivery, for three readers of the same panel in one
-// run — a bare read() loop on the hidraw node (the floor), hidapi's
-// hid_read_timeout (what a developer would otherwise use), and this library's
-// input callback. Under software emulation absolute times say little; the
-// ratios to the floor are the figures.
+// The benchmarks on the real kernel, inside the test VM, with a panel of every
+// model on uhid among foreign HID devices (another vendor's IDs):
 //
-// The readers take turns, one at a time, in rounds, so each has the emulated
-// CPUs to itself and all see the same drift. Prints a table and one line of
-// JSON prefixed "PELM-VM-BENCH " for the host to collect.
+// - input latency, from an input report written to the radio's uhid device to
+//   its delivery, for three readers of that panel in one run — a bare read()
+//   loop on the hidraw node (the floor), hidapi's hid_read_timeout (what a
+//   developer would otherwise use), and this library's input callback with
+//   every panel open, so that all their writers and readers are present;
+// - PelmDev_Init beside hidapi's enumerate-and-open (bench/vm_init_time.cpp).
+//
+// Under software emulation absolute times say little; the ratios to the floor
+// are the figures. The readers take turns, one at a time, in rounds, so each
+// has the emulated CPUs to itself and all see the same drift. Prints tables
+// and lines of JSON prefixed "PELM-VM-BENCH " for the host to collect.
 
 #include <fcntl.h>
 #include <hidapi/hidapi.h>
 #include <unistd.h>
 
-#include <algorithm>
+#include <iterator>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
-#include <filesystem>
+#include <memory>
 #include <functional>
 #include <mutex>
 #include <optional>
@@ -26,15 +30,21 @@
 #include <thread>
 #include <vector>
 
+#include "bench/vm_bench_support.h"
+#include "bench/vm_init_time.h"
 #include "core/pelm_dev.h"
+#include "tests/models_under_test.h"
 #include "tests/vm/vm_cockpit.h"
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using pelm::vm_bench::NowNs;
+using pelm::vm_bench::Percentile;
 
 constexpr uint16_t kRadioProductId = 0x0050;
-constexpr int kPort = 1;
+constexpr uint16_t kForeignVendorId = 0x1234;
+constexpr int kForeignDevices = 16;
+constexpr int kFirstForeignPort = 100;
 constexpr int kRounds = 5;
 constexpr int kReportsPerTurn = 200;
 constexpr int kWarmUpReports = 20;
@@ -42,10 +52,6 @@ constexpr std::size_t kReadBufferLength = 64;
 constexpr int kHidapiReadTimeoutMs = 100;
 constexpr auto kArrivalDeadline = std::chrono::seconds(2);
 constexpr uint8_t kInputReportId = 1;
-
-int64_t NowNs() {
-  return std::chrono::duration_cast<std::chrono::nanoseconds>(Clock::now().time_since_epoch()).count();
-}
 
 // When a report last reached one reader, and how many have.
 class Arrivals {
@@ -80,29 +86,37 @@ class Arrivals {
 Arrivals libraryArrivals;
 void OnInput(int32_t, int32_t, void*) { libraryArrivals.Note(); }
 
-std::string HidrawNode() {
-  for (const auto& entry : std::filesystem::directory_iterator("/sys/class/hidraw")) {
-    return "/dev/" + entry.path().filename().string();
-  }
-  return {};
-}
-
-double Percentile(std::vector<double> samples, double fraction) {
-  if (samples.empty()) return 0;
-  std::sort(samples.begin(), samples.end());
-  return samples[static_cast<std::size_t>(fraction * static_cast<double>(samples.size() - 1))];
+// The radio's hidraw node, as hidapi finds it by its IDs.
+std::string RadioNode() {
+  hid_device_info* radios = hid_enumerate(PELM_VENDOR_ID, kRadioProductId);
+  std::string node = radios != nullptr ? radios->path : "";
+  hid_free_enumeration(radios);
+  return node;
 }
 
 }  // namespace
 
 int main() {
-  auto panel = pelm::vm::MakePanel(kRadioProductId, kPort);
-  if (!pelm::vm::WaitUntil([] { return pelm::vm::HidrawNodeCount() == 1; })) {
-    std::fprintf(stderr, "the panel's hidraw node never appeared\n");
+  // One panel of every model on ports 1 to 18, then the foreign devices, which
+  // take the panels' product IDs in turn so that only the vendor ID tells them apart.
+  std::vector<std::unique_ptr<pelm::vm::UhidPanel>> devices;
+  pelm::vm::UhidPanel* panel = nullptr;
+  for (const pelm::test::ModelUnderTest& model : pelm::test::kModels) {
+    devices.push_back(pelm::vm::MakePanel(model.productId, static_cast<int>(devices.size()) + 1));
+    if (model.productId == kRadioProductId) panel = devices.back().get();
+  }
+  for (int i = 0; i < kForeignDevices; ++i) {
+    const uint16_t productId = pelm::test::kModels[static_cast<std::size_t>(i) % std::size(pelm::test::kModels)].productId;
+    devices.push_back(pelm::vm::MakePanel(productId, kFirstForeignPort + i, kForeignVendorId));
+  }
+  if (!pelm::vm::WaitUntil([&] { return pelm::vm::HidrawNodeCount() == devices.size(); })) {
+    std::fprintf(stderr, "%zu hidraw nodes appeared of %zu devices\n", pelm::vm::HidrawNodeCount(), devices.size());
     return 1;
   }
-  const std::string node = HidrawNode();
   hid_init();
+  const std::string node = RadioNode();
+  const std::string initJson = pelm::vm_bench::TimeInit();
+  if (initJson.empty()) return 1;
 
   std::thread readerThread;
   std::atomic<bool> stopReading{false};
@@ -155,7 +169,10 @@ int main() {
       {"library input callback", libraryArrivals,
        [&] {
          PelmDev_Init(nullptr);
-         return PelmRadio_GetNumDevices() == 1 && PelmDev_RegisterInputCallback(OnInput) == 1;
+         for (const pelm::test::ModelUnderTest& model : pelm::test::kModels) {
+           if (model.count() != 1) return false;
+         }
+         return PelmDev_RegisterInputCallback(OnInput) == 1;
        },
        [] { PelmDev_Terminate(); }},
   };
@@ -189,8 +206,8 @@ int main() {
   hid_exit();
 
   const double floorP50 = Percentile(samplesUs[0], 0.5), floorP99 = Percentile(samplesUs[0], 0.99);
-  std::printf("\nInput latency inside the VM (software-emulated CPU), %d reports per reader\n",
-              kRounds * kReportsPerTurn);
+  std::printf("\nInput latency inside the VM (software-emulated CPU), %d reports per reader, %zu panels open\n",
+              kRounds * kReportsPerTurn, std::size(pelm::test::kModels));
   std::printf("%-26s %10s %10s %10s %10s\n", "reader", "p50 us", "p99 us", "p50 ratio", "p99 ratio");
   std::string json = "{\"reports_per_reader\": " + std::to_string(kRounds * kReportsPerTurn) +
                      ", \"lost\": " + std::to_string(lost) + ", \"readers\": [";
@@ -206,5 +223,6 @@ int main() {
   json += "]}";
   if (lost != 0) std::printf("%zu reports never arrived\n", lost);
   std::printf("PELM-VM-BENCH %s\n", json.c_str());
+  std::printf("PELM-VM-BENCH %s\n", initJson.c_str());
   return lost == 0 ? 0 : 1;
 }
