@@ -108,7 +108,7 @@ bench: deps
 	@./build/release/bench/pelm_bench $(BENCH_RESULTS)
 	@tests/vm/run build/release/bench/pelm_vm_latency > build/release/bench/vm_run.log; \
 	  status=$$?; \
-	  sed -n '/^Opening [0-9]* panels among/,/^PELM-VM-BENCH/p' build/release/bench/vm_run.log | grep -v '^PELM-VM-BENCH'; \
+	  sed -n '/^Opening [0-9]* panels among [0-9]* foreign/,/^PELM-VM-BENCH/p' build/release/bench/vm_run.log | grep -v '^PELM-VM-BENCH'; \
 	  sed -n 's/^PELM-VM-BENCH //p' build/release/bench/vm_run.log > $(VM_BENCH_RESULTS); \
 	  [ $$status -eq 0 ] || { tail -n 20 build/release/bench/vm_run.log; exit $$status; }
 

@@ -43,7 +43,7 @@ std::size_t EnumerateAndOpenWithHidapi(int64_t& elapsedNs) {
 
 }  // namespace
 
-std::string TimeInit() {
+std::string TimeInit(int foreignDevices) {
   std::vector<double> libraryMs, hidapiMs;
   for (int round = 0; round < kRounds; ++round) {
     const int64_t startNs = NowNs();
@@ -66,16 +66,16 @@ std::string TimeInit() {
   }
 
   const double library = Percentile(libraryMs, 0.5), hidapi = Percentile(hidapiMs, 0.5);
-  std::printf("\nOpening %zu panels among foreign HID devices inside the VM, median of %d rounds\n",
-              std::size(test::kModels), kRounds);
+  std::printf("\nOpening %zu panels among %d foreign HID devices inside the VM, median of %d rounds\n",
+              std::size(test::kModels), foreignDevices, kRounds);
   std::printf("%-40s %10s %10s\n", "", "ms", "ratio");
   std::printf("%-40s %10.1f %10.2f\n", "hidapi hid_enumerate + hid_open_path", hidapi, 1.0);
   std::printf("%-40s %10.1f %10.2f\n", "library PelmDev_Init", library, library / hidapi);
   char json[256];
   std::snprintf(json, sizeof json,
-                "{\"init_rounds\": %d, \"hidapi_enumerate_open_ms\": %.1f, \"pelmdev_init_ms\": %.1f, "
+                "{\"init_rounds\": %d, \"foreign_devices\": %d, \"hidapi_enumerate_open_ms\": %.1f, \"pelmdev_init_ms\": %.1f, "
                 "\"init_ratio\": %.3f}",
-                kRounds, hidapi, library, library / hidapi);
+                kRounds, foreignDevices, hidapi, library, library / hidapi);
   return json;
 }
 

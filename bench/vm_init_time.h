@@ -7,9 +7,10 @@
 
 namespace pelm::vm_bench {
 
-// Times both in alternating rounds and prints a table; returns one line of
+// Times both in alternating rounds, with `foreignDevices` present beside the
+// panels, and prints a table; returns one line of
 // JSON with the medians, or an empty string when a round did not find every
 // panel.
-std::string TimeInit();
+std::string TimeInit(int foreignDevices);
 
 }  // namespace pelm::vm_bench

@@ -115,7 +115,7 @@ int main() {
   }
   hid_init();
   const std::string node = RadioNode();
-  const std::string initJson = pelm::vm_bench::TimeInit();
+  const std::string initJson = pelm::vm_bench::TimeInit(kForeignDevices);
   if (initJson.empty()) return 1;
 
   std::thread readerThread;
