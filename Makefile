@@ -83,8 +83,8 @@ vm-test:
 # uhid panels the panel server makes. The first run prepares and caches the
 # Wine prefix under /var/cache/pelmdev. (`tests/wine/run` also takes a 32-bit
 # build, 32:build/win32, whose Wine runs from an i386 root: not yet working.)
-# Not yet part of `make test`: its last clean run lost one of the eighteen
-# models (the second alphanumeric panel) at Init under Wine, unexplained so far.
+# Not yet part of `make test`: its last two runs each lost one of the eighteen
+# models at Init under Wine (a different one each time), unexplained so far.
 wine-test:
 	@cmake --preset debug >/dev/null && cmake --build --preset debug --target pelm-panel-server
 	@cmake --preset win64 >/dev/null && cmake --build --preset win64 --target PELMDEV pelm_wine_tests
