@@ -248,10 +248,7 @@ void cHidChannel::ReaderLoop(platform::HidHandle device, std::shared_ptr<platfor
 bool cHidChannel::QueueReport(ReportBytes report, uint32_t length, ReportKind kind) {
   std::unique_ptr<QueueEntry> entry(new (std::nothrow) QueueEntry{length, std::move(report), kind});
   if (!entry) return false;
-  // Count and append are two steps: racing host threads may each pass the test,
-  // so the queue can briefly hold a few entries past the limit.
-  if (outputQueue_.Count() >= config_.queueLimit) return false;
-  if (outputQueue_.PushBack(entry.get()) == 0) return false;
+  if (outputQueue_.PushBack(entry.get(), config_.queueLimit) == 0) return false;
   entry.release();
   writerWake_.WakeIfAsleep();
   return true;

@@ -18,11 +18,14 @@ enum class ReportKind : uint32_t {
   Feature = 1,  // HID feature report (HidD_SetFeature)
 };
 
-// One pending output report; the entry owns its buffer.
+// One pending output report; the entry owns its buffer. `next` belongs to the
+// report queue, which links entries through it so that an append allocates
+// nothing.
 struct QueueEntry {
   uint32_t length = 0;
   ReportBytes buffer;
   ReportKind kind = ReportKind::Feature;
+  QueueEntry* next = nullptr;
 };
 
 }  // namespace pelm

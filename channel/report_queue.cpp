@@ -18,11 +18,6 @@ void cReportQueue::Destroy() {
   if (!lock_) return;
   {
     std::lock_guard hold(*lock_);
-    for (Node* node = head_; node != nullptr;) {
-      Node* next = node->next;
-      delete node;
-      node = next;
-    }
     head_ = nullptr;
     tail_ = nullptr;
     count_ = 0;
@@ -30,24 +25,22 @@ void cReportQueue::Destroy() {
   lock_.reset();
 }
 
-uint32_t cReportQueue::CountLocked() const { return count_; }
-
 // Only ever raised under the lock, so no update is lost between two appends.
 void cReportQueue::NoteCountLocked(uint32_t count) {
   if (count > highWater_.load()) highWater_ = count;
 }
 
-uint32_t cReportQueue::PushBack(QueueEntry* entry) {
+uint32_t cReportQueue::PushBack(QueueEntry* entry, uint32_t limit) {
   if (!lock_) return 0;
   std::lock_guard hold(*lock_);
-  Node* node = new (std::nothrow) Node{entry, nullptr, tail_};
-  if (node == nullptr) return 0;
+  if (count_ >= limit) return 0;
+  entry->next = nullptr;
   if (tail_ == nullptr) {
-    head_ = node;
+    head_ = entry;
   } else {
-    tail_->next = node;
+    tail_->next = entry;
   }
-  tail_ = node;
+  tail_ = entry;
   NoteCountLocked(++count_);
   return count_;
 }
@@ -55,14 +48,9 @@ uint32_t cReportQueue::PushBack(QueueEntry* entry) {
 uint32_t cReportQueue::PushFront(QueueEntry* entry) {
   if (!lock_) return 0;
   std::lock_guard hold(*lock_);
-  Node* node = new (std::nothrow) Node{entry, head_, nullptr};
-  if (node == nullptr) return 0;
-  if (head_ == nullptr) {
-    tail_ = node;
-  } else {
-    head_->prev = node;
-  }
-  head_ = node;
+  entry->next = head_;
+  head_ = entry;
+  if (tail_ == nullptr) tail_ = entry;
   // A report put back after a failed send counts too: it sits on top of what
   // the host queued meanwhile.
   NoteCountLocked(++count_);
@@ -72,16 +60,11 @@ uint32_t cReportQueue::PushFront(QueueEntry* entry) {
 QueueEntry* cReportQueue::PopFront() {
   if (!lock_) return nullptr;
   std::lock_guard hold(*lock_);
-  Node* node = head_;
-  if (node == nullptr) return nullptr;
-  QueueEntry* entry = node->entry;
-  head_ = node->next;
-  if (head_ == nullptr) {
-    tail_ = nullptr;
-  } else {
-    head_->prev = nullptr;
-  }
-  delete node;
+  QueueEntry* entry = head_;
+  if (entry == nullptr) return nullptr;
+  head_ = entry->next;
+  if (head_ == nullptr) tail_ = nullptr;
+  entry->next = nullptr;
   --count_;
   return entry;
 }
@@ -89,13 +72,9 @@ QueueEntry* cReportQueue::PopFront() {
 uint32_t cReportQueue::Count() {
   if (!lock_) return 0;
   std::lock_guard hold(*lock_);
-  return CountLocked();
+  return count_;
 }
 
-bool cReportQueue::IsEmpty() {
-  if (!lock_) return true;
-  std::lock_guard hold(*lock_);
-  return CountLocked() == 0;
-}
+bool cReportQueue::IsEmpty() { return Count() == 0; }
 
 }  // namespace pelm

@@ -1,12 +1,15 @@
 #pragma once
-// The output report queue of one device: a doubly linked list of pending
-// entries under a lock. Host threads append through the channel's
-// QueueReport; the device's writer thread takes entries from the head and puts
-// back at the head a report whose send failed. The queue never looks inside an
-// entry and never releases one: entries belong to the channel.
+// The output report queue of one device: a singly linked list of pending
+// entries under a lock, linked through the entries themselves so that a host
+// thread's append costs one lock and no allocation. Host threads append
+// through the channel's QueueReport; the device's writer thread takes entries
+// from the head and puts back at the head a report whose send failed. The
+// queue never looks inside an entry and never releases one: entries belong to
+// the channel.
 
 #include <atomic>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <mutex>
 
@@ -24,11 +27,12 @@ class cReportQueue {
   // Makes the queue empty and gives it its lock. Without a lock (never created,
   // destroyed, or out of memory) the queue acts as empty and refuses entries.
   void Create();
-  // Releases the nodes (not the entries) and the lock.
+  // Forgets the entries (without releasing them) and releases the lock.
   void Destroy();
 
-  // The number of entries after the append, or 0 when nothing was appended.
-  uint32_t PushBack(QueueEntry* entry);
+  // Appends unless the queue already holds `limit` entries: the number of
+  // entries after the append, or 0 when nothing was appended.
+  uint32_t PushBack(QueueEntry* entry, uint32_t limit = std::numeric_limits<uint32_t>::max());
   // 1 when the entry was inserted at the head, else 0.
   uint32_t PushFront(QueueEntry* entry);
   // The head entry, removed from the queue; null when empty.
@@ -40,17 +44,10 @@ class cReportQueue {
   uint32_t HighWater() const { return highWater_.load(); }
 
  private:
-  struct Node {
-    QueueEntry* entry;
-    Node* next;
-    Node* prev;
-  };
-
-  uint32_t CountLocked() const;
   void NoteCountLocked(uint32_t count);
 
-  Node* head_ = nullptr;
-  Node* tail_ = nullptr;
+  QueueEntry* head_ = nullptr;
+  QueueEntry* tail_ = nullptr;
   uint32_t count_ = 0;
   std::unique_ptr<std::mutex> lock_;
   std::atomic<uint32_t> highWater_{0};
