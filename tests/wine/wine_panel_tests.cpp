@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -135,19 +136,54 @@ bool PumpUntil(const std::function<bool()>& condition) {
   });
 }
 
-// HID interfaces of the panels' and the foreign vendor present to Windows now:
-// Wine's HID bus adds the kernel's devices a moment after they appear.
-std::size_t PresentInterfaces() {
+// Device paths of the HID interfaces present to Windows now, upper-cased.
+std::vector<std::string> PresentInterfacePaths() {
+  std::vector<std::string> paths;
   GUID hidGuid;
   HidD_GetHidGuid(&hidGuid);
   HDEVINFO set = SetupDiGetClassDevsA(&hidGuid, nullptr, nullptr, DIGCF_PRESENT | DIGCF_DEVICEINTERFACE);
-  if (set == INVALID_HANDLE_VALUE) return 0;
+  if (set == INVALID_HANDLE_VALUE) return paths;
   SP_DEVICE_INTERFACE_DATA data{};
   data.cbSize = sizeof data;
-  std::size_t count = 0;
-  for (DWORD index = 0; SetupDiEnumDeviceInterfaces(set, nullptr, &hidGuid, index, &data); ++index) ++count;
+  for (DWORD index = 0; SetupDiEnumDeviceInterfaces(set, nullptr, &hidGuid, index, &data); ++index) {
+    DWORD required = 0;
+    SetupDiGetDeviceInterfaceDetailA(set, &data, nullptr, 0, &required, nullptr);
+    std::vector<char> buffer(std::max<DWORD>(required, sizeof(SP_DEVICE_INTERFACE_DETAIL_DATA_A)));
+    auto* detail = reinterpret_cast<SP_DEVICE_INTERFACE_DETAIL_DATA_A*>(buffer.data());
+    detail->cbSize = sizeof(SP_DEVICE_INTERFACE_DETAIL_DATA_A);
+    const auto size = static_cast<DWORD>(buffer.size());
+    if (!SetupDiGetDeviceInterfaceDetailA(set, &data, detail, size, nullptr, nullptr)) continue;
+    std::string path = detail->DevicePath;
+    std::transform(path.begin(), path.end(), path.begin(), [](unsigned char c) { return std::toupper(c); });
+    paths.push_back(std::move(path));
+  }
   SetupDiDestroyDeviceInfoList(set);
-  return count;
+  return paths;
+}
+
+// "VID_xxxx&PID_yyyy" of every device the program plugs before Init: the
+// panels and the foreign device.
+std::vector<std::string> PluggedDeviceIds() {
+  std::vector<std::string> ids;
+  for (const ModelUnderTest& model : kModels) {
+    ids.push_back("VID_" + Hex4(PELM_VENDOR_ID) + "&PID_" + Hex4(model.productId));
+  }
+  ids.push_back("VID_" + Hex4(kForeignVendorId) + "&PID_" + Hex4(kRadioProductId));
+  return ids;
+}
+
+// Those of `ids` that no present interface carries yet. Wine's HID bus adds the
+// kernel's devices one by one, and has HID devices of its own besides: only
+// the plugged ones themselves say that all have arrived.
+std::vector<std::string> NotYetPresent(const std::vector<std::string>& ids) {
+  const std::vector<std::string> paths = PresentInterfacePaths();
+  std::vector<std::string> missing;
+  for (const std::string& id : ids) {
+    const bool present = std::any_of(paths.begin(), paths.end(),
+                                     [&id](const std::string& path) { return path.find(id) != std::string::npos; });
+    if (!present) missing.push_back(id);
+  }
+  return missing;
 }
 
 // Under Wine a window that registers for device notifications before the
@@ -450,19 +486,23 @@ int main() {
       server.Plug(model.productId, port, PlugOptions(port, DeviceReportLength(model.typeCode)));
     }
     server.Plug(kRadioProductId, kForeignPort, PlugOptions(kForeignPort) + " vendor=" + Hex4(kForeignVendorId));
-    const std::size_t devices = std::size(kModels) + 1;
+    const std::vector<std::string> plugged = PluggedDeviceIds();
+    std::vector<std::string> missing;
     std::size_t shown = 0;
     if (!WaitUntil(
             [&] {
-              const std::size_t present = PresentInterfaces();
+              missing = NotYetPresent(plugged);
+              const std::size_t present = plugged.size() - missing.size();
               if (present != shown)
-                std::printf("%zu devices present after %lu ms\n", shown = present,
+                std::printf("%zu of %zu devices present after %lu ms\n", shown = present, plugged.size(),
                             static_cast<unsigned long>(GetTickCount() - started));
-              return present >= devices;
+              return missing.empty();
             },
-            kDeviceArrivalDeadlineMs))
-      return Fail("Wine's HID bus shows " + std::to_string(PresentInterfaces()) + " of " + std::to_string(devices) +
-                  " devices: is systemd-udevd running in the VM?");
+            kDeviceArrivalDeadlineMs)) {
+      std::string names;
+      for (const std::string& id : missing) names += " " + id;
+      return Fail("Wine's HID bus does not show" + names + ": is systemd-udevd running in the VM?");
+    }
     {
       // An enumeration that never ends must not hang the run.
       const Watchdog watchdog("PelmDev_Init", kInitDeadlineMs);
