@@ -46,8 +46,12 @@ constexpr uint8_t kSwitchPanelBrightnessReport = 3;
 template <class Values>
 std::string NumberList(const Values& values) {
   std::string text = "[";
-  for (const auto value : values) text += (text.size() > 1 ? "," : "") + std::to_string(value);
-  return text + "]";
+  for (const auto value : values) {
+    if (text.size() > 1) text += ',';
+    text += std::to_string(value);
+  }
+  text += ']';
+  return text;
 }
 
 // A JSON object written field by field.
@@ -86,7 +90,12 @@ class Json {
     text_ += json;
     return *this;
   }
-  std::string Object() const { return "{" + text_ + "}"; }
+  std::string Object() const {
+    std::string object = "{";
+    object += text_;
+    object += '}';
+    return object;
+  }
 
  private:
   std::string text_;
@@ -95,8 +104,12 @@ class Json {
 
 std::string Array(const std::vector<std::string>& items) {
   std::string text = "[";
-  for (std::size_t i = 0; i < items.size(); ++i) text += (i ? "," : "") + items[i];
-  return text + "]";
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    if (i > 0) text += ',';
+    text += items[i];
+  }
+  text += ']';
+  return text;
 }
 
 template <class Glyphs>
