@@ -144,6 +144,17 @@ uint8_t LastPayloadByte(GenericPanel& panel, uint8_t reportId) {
   return report && report->size() > 1 ? (*report)[1] : 0;
 }
 
+// Both autopilots: their lamps and backlight as fields of `panel`; their displays.
+template <class AutopilotSim>
+std::vector<std::string> AddAutopilot(Json& panel, const AutopilotSim& autopilot, int lampCount) {
+  std::vector<std::string> displays;
+  for (const DisplayReport& display : AutopilotSim::kDisplays) {
+    displays.push_back(Display(std::string(1, display.name), kSevenSegmentKind, autopilot.Display(display.name)));
+  }
+  AddLamps(panel, autopilot.Indicators(), lampCount, autopilot.Brightness());
+  return displays;
+}
+
 // What the panel of model `modelType` shows, as fields of `panel`.
 void AddShown(Json& panel, int32_t modelType, SimDevice& device) {
   std::vector<std::string> displays;
@@ -169,22 +180,12 @@ void AddShown(Json& panel, int32_t modelType, SimDevice& device) {
       panel.Field("backlight").Number(squawk.Brightness());
       break;
     }
-    case PELM_MODEL_AUTOPILOT: {
-      auto& autopilot = device.PanelAs<AutopilotPanelSim>();
-      for (const DisplayReport& display : AutopilotPanelSim::kDisplays) {
-        displays.push_back(Display(std::string(1, display.name), kSevenSegmentKind, autopilot.Display(display.name)));
-      }
-      AddLamps(panel, autopilot.Indicators(), kLampsPerByte, autopilot.Brightness());
+    case PELM_MODEL_AUTOPILOT:
+      displays = AddAutopilot(panel, device.PanelAs<AutopilotPanelSim>(), kLampsPerByte);
       break;
-    }
-    case PELM_MODEL_AUTOPILOT2: {
-      auto& autopilot = device.PanelAs<Autopilot2PanelSim>();
-      for (const DisplayReport& display : Autopilot2PanelSim::kDisplays) {
-        displays.push_back(Display(std::string(1, display.name), kSevenSegmentKind, autopilot.Display(display.name)));
-      }
-      AddLamps(panel, autopilot.Indicators(), kAutopilot2Lamps, autopilot.Brightness());
+    case PELM_MODEL_AUTOPILOT2:
+      displays = AddAutopilot(panel, device.PanelAs<Autopilot2PanelSim>(), kAutopilot2Lamps);
       break;
-    }
     case PELM_MODEL_BUTTONS:
     case PELM_MODEL_TOGGLES: {
       auto& switches = device.PanelAs<GenericPanel>();
