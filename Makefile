@@ -7,9 +7,11 @@ PACKAGES := cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev \
             clang libclang-rt-14-dev \
             qemu-system-x86 linux-image-amd64 busybox-static cpio libhidapi-dev \
             udev util-linux wine wine64 libwine \
-            python3-pytest mypy pkgconf
-# What `make demo` needs: a compiler, CMake and the command-line parser of pelmctl.
-DEMO_PACKAGES := cmake ninja-build g++ libcli11-dev
+            python3-pytest mypy pkgconf \
+            libcpp-httplib-dev chromium chromium-driver
+# What `make demo` needs: a compiler, CMake, the command-line parser of pelmctl
+# and the HTTP library of its web view.
+DEMO_PACKAGES := cmake ninja-build g++ libcli11-dev libcpp-httplib-dev pkgconf
 SUDO := $(if $(filter 0,$(shell id -u)),,sudo)
 TEST_PRESETS := debug asan tsan
 
@@ -94,6 +96,7 @@ demo: demo-deps
 	@cmake --build --preset demo --target pelmctl-sim
 	@./build/demo/tools/pelmctl-sim list
 	@./build/demo/tools/pelmctl-sim demo
+	@echo "To watch and work the panels in a browser: ./build/demo/tools/pelmctl-sim demo --web"
 
 # Benchmarks in an optimised build, about a minute: first on the simulated bus
 # (a table, and the same as JSON beside the program), then input latency on the

@@ -14,5 +14,6 @@ std::vector<Figure> MeasureIdleCpu(const RunLength& length);
 std::vector<Figure> MeasureInputLatency(const RunLength& length);
 std::vector<Figure> MeasureSetterCost(const RunLength& length);
 std::vector<Figure> MeasureWriterThroughput(const RunLength& length);
+std::vector<Figure> MeasureWebViewLatency(const RunLength& length);
 
 }  // namespace pelm::bench

@@ -12,6 +12,7 @@
 #include <optional>
 #include <thread>
 
+#include "bench/arrivals.h"
 #include "bench/benchmarks.h"
 #include "core/pelm_dev.h"
 #include "platform/sim/panels/radio_panel.h"
@@ -22,44 +23,8 @@ namespace {
 constexpr std::size_t kSamples = 20000;
 constexpr std::size_t kWarmUpSamples = 500;
 constexpr std::size_t kReadBufferLength = 64;
-// A report that has not arrived by then is lost (the callback gives up on a
-// mutex it cannot get within a second).
-constexpr auto kArrivalDeadline = std::chrono::seconds(2);
 constexpr double kP50OverheadLimitUs = 5;
 constexpr double kP99OverheadLimitUs = 50;
-
-int64_t NowNs() {
-  return std::chrono::duration_cast<std::chrono::nanoseconds>(Clock::now().time_since_epoch()).count();
-}
-
-// When a report last arrived, and how many have, for one receiver. The time
-// is taken first; telling the waiting injector costs the receiver afterwards.
-struct Arrivals {
-  std::atomic<int64_t> lastNs{0};
-  std::mutex mutex;
-  std::condition_variable arrived;
-  uint64_t count = 0;
-
-  void Note() {
-    lastNs.store(NowNs(), std::memory_order_relaxed);
-    {
-      std::lock_guard hold(mutex);
-      ++count;
-    }
-    arrived.notify_all();
-  }
-
-  uint64_t Count() {
-    std::lock_guard hold(mutex);
-    return count;
-  }
-
-  // False when no report came after the first `seen` within the deadline.
-  bool WaitBeyond(uint64_t seen) {
-    std::unique_lock hold(mutex);
-    return arrived.wait_for(hold, kArrivalDeadline, [&] { return count > seen; });
-  }
-};
 
 Arrivals& LibraryArrivals() {
   static Arrivals arrivals;

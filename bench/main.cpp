@@ -32,6 +32,8 @@ const std::vector<std::string>& MethodNotes() {
       "reports the devices received over the window is divided by its length.",
       "Init/Terminate: timed from the host's call to its return; the panels' reader and writer threads are "
       "started and joined inside.",
+      "Web view: a radio panel; each display text is set once the page event of the previous one arrived, "
+      "at a client of the event stream in this process.",
       "Idle cost: whole-process user+system time and the context switches of every thread but the "
       "benchmark's own, which sleeps; an idle panel's threads should not run at all.",
   };
@@ -59,6 +61,7 @@ int main(int argc, char** argv) {
       &pelm::bench::MeasureMemoryPerPanel, &pelm::bench::MeasureInitAndTerminate,
       &pelm::bench::MeasureIdleCpu,        &pelm::bench::MeasureInputLatency,
       &pelm::bench::MeasureSetterCost,     &pelm::bench::MeasureWriterThroughput,
+      &pelm::bench::MeasureWebViewLatency,
   };
   std::cerr << "Running benchmarks" << (length.quick ? " (quick run: fewer samples, figures are rough)" : "")
             << ":\n";

@@ -4,7 +4,10 @@
 #include "platform/sim/pelm_sim.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
+#include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 
@@ -16,6 +19,9 @@
 #include "platform/sim/panels/radio_panel.h"
 #include "platform/sim/panels/squawk_panel.h"
 #include "platform/sim/sim_bus.h"
+#ifdef PELM_WEB_VIEW
+#include "platform/sim/web/web_server.h"
+#endif
 
 namespace {
 
@@ -80,7 +86,55 @@ std::optional<std::string> ReadDisplay(int32_t modelType, SimDevice& device, int
   }
 }
 
+constexpr int32_t kHighestPort = 65535;
+
+#ifdef PELM_WEB_VIEW
+// The process's one web view. It is made after the bus, so that it stops, and
+// its threads end, before the bus goes when the library unloads.
+class WebView {
+ public:
+  static WebView& Instance() {
+    Bus::Instance();
+    static WebView view;
+    return view;
+  }
+
+  int32_t Serve(int32_t port) {
+    std::lock_guard hold(mutex_);
+    if (server_) return server_->Port();
+    auto server = std::make_unique<pelm::sim::web::WebServer>(Bus::Instance());
+    const int bound = server->Start(pelm::sim::web::kLoopbackAddress, port);
+    if (bound < 0) return -PELM_ERR_IO;
+    std::fprintf(stderr, "PELMDEV web view of the simulated cockpit: http://%s:%d/\n",
+                 pelm::sim::web::kLoopbackAddress, bound);
+    server_ = std::move(server);
+    return bound;
+  }
+
+  void Stop() {
+    std::unique_ptr<pelm::sim::web::WebServer> server;
+    {
+      std::lock_guard hold(mutex_);
+      server.swap(server_);
+    }
+  }
+
+ private:
+  std::mutex mutex_;
+  std::unique_ptr<pelm::sim::web::WebServer> server_;
+};
+#endif
+
 }  // namespace
+
+extern "C" PELM_API int32_t PELM_CDECL PelmSim_Serve(int32_t port) {
+  if (port < 0 || port > kHighestPort) return -PELM_ERR_PARAM;
+#ifdef PELM_WEB_VIEW
+  return pelm::Guarded(-PELM_ERR_NOMEM, [&] { return WebView::Instance().Serve(port); });
+#else
+  return -PELM_ERR_UNSUPPORTED;
+#endif
+}
 
 extern "C" PELM_API int32_t PELM_CDECL PelmSim_Plug(int32_t modelType, int32_t instance) {
   return pelm::Guarded(0, [&] {
@@ -178,6 +232,9 @@ extern "C" PELM_API int32_t PELM_CDECL PelmSim_SetFault(int32_t modelType, int32
 
 extern "C" PELM_API void PELM_CDECL PelmSim_Reset() {
   pelm::Guarded(0, [] {
+#ifdef PELM_WEB_VIEW
+    WebView::Instance().Stop();
+#endif
     Bus::Instance().Reset();
     return 1;
   });

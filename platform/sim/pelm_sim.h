@@ -97,8 +97,23 @@ PELM_API int32_t PELM_CDECL PelmSim_DisplayText(int32_t modelType, int32_t insta
  * no such panel was ever plugged, the fault is unknown or the value negative. */
 PELM_API int32_t PELM_CDECL PelmSim_SetFault(int32_t modelType, int32_t instance, int32_t fault, int32_t value);
 
-/* Removes every panel, silently, with its faults and records. Call it after
- * PelmDev_Terminate, for instance between two test cases. */
+/* Serves a live web view of the simulated cockpit at http://127.0.0.1:PORT/
+ * (this machine only), and says so on stderr: a page that draws every panel
+ * as the reports it received left it (displays segment by segment, lamps,
+ * colours, backlight, levers, outputs), redrawn as reports arrive, whose
+ * switches, levers and plug buttons inject input and plug and unplug the
+ * panels, so the host's callbacks run. `port` 0 lets the system pick a free
+ * one. There is one view per process: while it runs, a call returns its port.
+ * PelmSim_Reset stops it, and so does unloading the library. Returns the port;
+ * -PELM_ERR_PARAM when `port` is outside 0 to 65535, -PELM_ERR_IO when it
+ * cannot be bound (another program has it), -PELM_ERR_UNSUPPORTED in a build
+ * without the web view (32-bit), -PELM_ERR_NOMEM when memory or threads ran
+ * out. */
+PELM_API int32_t PELM_CDECL PelmSim_Serve(int32_t port);
+
+/* Removes every panel, silently, with its faults and records, and stops the
+ * web view. Call it after PelmDev_Terminate, for instance between two test
+ * cases. */
 PELM_API void PELM_CDECL PelmSim_Reset(void);
 
 #ifdef __cplusplus

@@ -6,8 +6,36 @@
 
 namespace pelm::sim {
 
-SimDevice::SimDevice(DeviceDescription description, std::unique_ptr<Panel> panel)
-    : description_(std::move(description)), panel_(std::move(panel)) {}
+void ChangeCounter::Bump() {
+  {
+    std::lock_guard hold(mutex_);
+    ++count_;
+  }
+  changed_.notify_all();
+}
+
+uint64_t ChangeCounter::Count() const {
+  std::lock_guard hold(mutex_);
+  return count_;
+}
+
+uint64_t ChangeCounter::WaitPast(uint64_t seen, std::chrono::milliseconds timeout) const {
+  std::unique_lock hold(mutex_);
+  const uint64_t wakes = wakes_;
+  changed_.wait_for(hold, timeout, [&] { return count_ > seen || wakes_ != wakes; });
+  return count_;
+}
+
+void ChangeCounter::WakeWaiters() {
+  {
+    std::lock_guard hold(mutex_);
+    ++wakes_;
+  }
+  changed_.notify_all();
+}
+
+SimDevice::SimDevice(DeviceDescription description, std::unique_ptr<Panel> panel, ChangeCounter& changes)
+    : description_(std::move(description)), panel_(std::move(panel)), changes_(changes) {}
 
 bool SimDevice::Present() const {
   std::lock_guard hold(mutex_);
@@ -22,10 +50,16 @@ std::size_t SimDevice::UnreadInput() const {
 void SimDevice::InjectInput(const Report& report) {
   {
     std::lock_guard hold(mutex_);
-    if (input_.size() == kInputBufferDepth) return;
-    input_.push_back(report);
+    lastInput_ = report;
+    if (input_.size() < kInputBufferDepth) input_.push_back(report);
   }
   changed_.notify_all();
+  changes_.Bump();
+}
+
+Report SimDevice::LastInput() const {
+  std::lock_guard hold(mutex_);
+  return lastInput_;
 }
 
 std::vector<LogEntry> SimDevice::Log() const {
@@ -97,16 +131,19 @@ void SimDevice::SetOperationDelay(std::chrono::milliseconds delay) {
 
 void SimDevice::Record(LogOp op, uint64_t handleId, platform::OpenMode mode, const uint8_t* bytes,
                        std::size_t length, bool succeeded) {
+  bool logged;
   {
     std::lock_guard hold(mutex_);
-    if (!logging_) {
+    logged = logging_;
+    if (logged) {
+      log_.push_back(LogEntry{op, handleId, mode, Report(bytes, bytes + length), succeeded,
+                              std::chrono::steady_clock::now()});
+    } else {
       ++unloggedCounts_[static_cast<std::size_t>(op)];
-      return;
     }
-    log_.push_back(LogEntry{op, handleId, mode, Report(bytes, bytes + length), succeeded,
-                            std::chrono::steady_clock::now()});
   }
-  changed_.notify_all();
+  if (logged) changed_.notify_all();
+  if (succeeded && (op == LogOp::SetFeature || op == LogOp::WriteOutput)) changes_.Bump();
 }
 
 void SimDevice::Delay() const {
@@ -151,7 +188,8 @@ std::shared_ptr<SimDevice> Bus::PlugWithPanel(const DeviceDescription& descripti
       if (known->description_.path == description.path) device = known;
     }
     if (!device) {
-      device.reset(new SimDevice(description, panel ? std::move(panel) : MakePanel(description.productId)));
+      device.reset(
+          new SimDevice(description, panel ? std::move(panel) : MakePanel(description.productId), changes_));
       devices_.push_back(device);
     }
     std::erase(presentOrder_, description.path);
@@ -162,6 +200,7 @@ std::shared_ptr<SimDevice> Bus::PlugWithPanel(const DeviceDescription& descripti
     device->present_ = true;
     ++device->generation_;
   }
+  changes_.Bump();
   if (notify) Notify(platform::DeviceEvent::Arrival, description.path);
   return device;
 }
@@ -179,6 +218,7 @@ void Bus::Unplug(const std::string& path, bool notify) {
     device->input_.clear();
   }
   device->changed_.notify_all();
+  changes_.Bump();
   if (notify) Notify(platform::DeviceEvent::Removal, path);
 }
 
@@ -216,6 +256,7 @@ void Bus::Reset() {
     }
     device->changed_.notify_all();
   }
+  changes_.Bump();
 }
 
 void Bus::FailListing(bool fail) {
@@ -246,6 +287,11 @@ void Bus::FailNextListSteps(int count) {
 std::vector<std::string> Bus::PresentPaths() const {
   std::lock_guard hold(mutex_);
   return presentOrder_;
+}
+
+std::vector<std::shared_ptr<SimDevice>> Bus::Devices() const {
+  std::lock_guard hold(mutex_);
+  return devices_;
 }
 
 bool Bus::ListingFails() const {

@@ -47,6 +47,24 @@ struct LogEntry {
 
 class Bus;
 
+// Counts the changes a viewer of the bus shows (a report received, an input
+// injected, a plug or unplug) and wakes whoever waits for the next one.
+class ChangeCounter {
+ public:
+  void Bump();
+  uint64_t Count() const;
+  // Waits until the count passes `seen`, `timeout` passes or WakeWaiters is
+  // called; returns the count then.
+  uint64_t WaitPast(uint64_t seen, std::chrono::milliseconds timeout) const;
+  void WakeWaiters();
+
+ private:
+  mutable std::mutex mutex_;
+  mutable std::condition_variable changed_;
+  uint64_t count_ = 0;
+  uint64_t wakes_ = 0;
+};
+
 // The interface path of simulated panel `instance` of a product, in lower case,
 // shaped as Windows names HID interfaces.
 std::string PanelPath(uint16_t productId, int instance);
@@ -67,6 +85,8 @@ class SimDevice {
   void InjectInput(const Report& report);
   // Injected reports the reader has not taken yet.
   std::size_t UnreadInput() const;
+  // The last report injected (empty before the first): where its controls stand.
+  Report LastInput() const;
   // hidraw's ring of 64 entries, one of which always stays free.
   static constexpr std::size_t kInputBufferDepth = 63;
 
@@ -101,7 +121,7 @@ class SimDevice {
   friend class SimReadCancel;
   friend platform::HidHandle platform::OpenDevice(const char* path, platform::OpenMode mode);
   friend platform::OpenAttempt platform::TryOpen(const char* path);
-  SimDevice(DeviceDescription description, std::unique_ptr<Panel> panel);
+  SimDevice(DeviceDescription description, std::unique_ptr<Panel> panel, ChangeCounter& changes);
 
   void Record(LogOp op, uint64_t handleId, platform::OpenMode mode, const uint8_t* bytes, std::size_t length,
               bool succeeded);
@@ -111,12 +131,14 @@ class SimDevice {
 
   const DeviceDescription description_;
   const std::unique_ptr<Panel> panel_;
+  ChangeCounter& changes_;
 
   mutable std::mutex mutex_;
   mutable std::condition_variable changed_;  // input, presence, log
   uint64_t generation_ = 0;                  // bumped at every plug; handles of an older one are dead
   bool present_ = false;
   std::deque<Report> input_;
+  Report lastInput_;
   std::vector<LogEntry> log_;
   bool logging_ = true;
   std::array<std::size_t, kLogOpCount> unloggedCounts_{};
@@ -159,6 +181,10 @@ class Bus {
 
   // Paths present now, in plug order.
   std::vector<std::string> PresentPaths() const;
+  // Every device plugged since the last Reset, present or not, in the order of
+  // their first plug.
+  std::vector<std::shared_ptr<SimDevice>> Devices() const;
+  ChangeCounter& Changes() { return changes_; }
 
   // Used by the platform functions of the simulated backend.
   bool ListingFails() const;
@@ -172,6 +198,7 @@ class Bus {
   Bus() = default;
   void Notify(platform::DeviceEvent event, const std::string& path);
 
+  ChangeCounter changes_;
   mutable std::mutex mutex_;
   std::vector<std::shared_ptr<SimDevice>> devices_;  // plug order of first plug
   std::vector<std::string> presentOrder_;

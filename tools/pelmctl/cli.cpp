@@ -16,12 +16,16 @@ namespace pelmctl {
 namespace {
 
 constexpr double kDefaultDemoSeconds = 20;
+// Long enough to open the web view and watch.
+constexpr double kDefaultWebDemoSeconds = 60;
+constexpr int kHighestPort = 65535;
 
 struct Arguments {
   bool sim = false;
   bool json = false;
   double seconds = 0;
   bool plain = false;
+  std::vector<int> webPort;  // empty: any free port
   std::string family;
   std::string index;
   std::string operation;
@@ -92,6 +96,11 @@ int RunOperation(Direction direction, const Arguments& arguments, Simulation* si
   return ReportStatus(operation, index, result.status, err);
 }
 
+const std::atomic<bool>& StopFlag(const Environment& environment) {
+  static const std::atomic<bool> kNeverStop{false};
+  return environment.stop ? *environment.stop : kNeverStop;
+}
+
 }  // namespace
 
 int Run(int argc, const char* const* argv, const Environment& environment, std::ostream& out, std::ostream& err) {
@@ -121,6 +130,17 @@ int Run(int argc, const char* const* argv, const Environment& environment, std::
   CLI::App* demo = app.add_subcommand("demo", "Play a scripted session on a simulated cockpit");
   demo->add_option("--seconds", arguments.seconds, "Length of the session (default 20)")->check(CLI::PositiveNumber);
   demo->add_flag("--plain", arguments.plain, "Print a plain log even in a terminal");
+  CLI::Option* web = demo->add_option("--web", arguments.webPort,
+                                      "Also serve the web view on 127.0.0.1:PORT (default: a free port; the session "
+                                      "then lasts 60 s)")
+                         ->expected(0, 1)
+                         ->check(CLI::Range(0, kHighestPort));
+
+  CLI::App* serve = app.add_subcommand("serve", "Serve the web view of the simulated cockpit and print its events, "
+                                                "until Ctrl-C");
+  serve->add_option("port", arguments.webPort, "Port on 127.0.0.1 (default: a free one)")
+      ->expected(0, 1)
+      ->check(CLI::Range(0, kHighestPort));
 
   try {
     app.parse(argc, argv);
@@ -128,7 +148,8 @@ int Run(int argc, const char* const* argv, const Environment& environment, std::
     return app.exit(error, out, err);
   }
 
-  const bool needsSimulation = arguments.sim || demo->parsed();
+  const bool needsSimulation = arguments.sim || demo->parsed() || serve->parsed();
+  const int webPort = arguments.webPort.empty() ? 0 : arguments.webPort.front();
   if (needsSimulation && environment.simulation == nullptr) return environment.handOffToSimulator();
   Simulation* simulation = environment.simulation;
 
@@ -141,14 +162,24 @@ int Run(int argc, const char* const* argv, const Environment& environment, std::
       return kExitSuccess;
     }
     if (monitor->parsed()) {
-      static const std::atomic<bool> kNeverStop{false};
-      RunMonitor({arguments.seconds}, simulation, environment.stop ? *environment.stop : kNeverStop, out);
+      RunMonitor({arguments.seconds}, simulation, StopFlag(environment), out);
+      return kExitSuccess;
+    }
+    if (serve->parsed()) {
+      if (simulation->ServeWebView(webPort, out) < 0) return kExitFailure;
+      MonitorOptions options;
+      options.moveControls = false;
+      RunMonitor(options, simulation, StopFlag(environment), out);
       return kExitSuccess;
     }
     if (set->parsed()) return RunOperation(Direction::Set, arguments, simulation, out, err);
     if (get->parsed()) return RunOperation(Direction::Get, arguments, simulation, out, err);
-    const double seconds = arguments.seconds > 0 ? arguments.seconds : kDefaultDemoSeconds;
-    return simulation->RunDemo({seconds, environment.outputIsTerminal && !arguments.plain}, out);
+    const bool withWeb = web->count() > 0;
+    const double seconds =
+        arguments.seconds > 0 ? arguments.seconds : (withWeb ? kDefaultWebDemoSeconds : kDefaultDemoSeconds);
+    DemoOptions options{seconds, environment.outputIsTerminal && !arguments.plain};
+    if (withWeb) options.webPort = webPort;
+    return simulation->RunDemo(options, out);
   } catch (const UsageError& error) {
     err << "pelmctl: " << error.what() << "\n";
     return kExitUsage;

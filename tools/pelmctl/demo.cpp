@@ -40,6 +40,10 @@ class Session {
 
   DemoResult Play() {
     cockpit_.Plug();
+    if (options_.webPort) {
+      webView_ = ServeWebView(*options_.webPort);
+      out_ << webView_.message << "\n" << std::flush;
+    }
     PelmDev_Init(kHostInstance);
     uint32_t opened = 0;
     for (const Family& family : AllFamilies()) opened += family.connectedCount();
@@ -95,7 +99,7 @@ class Session {
     out_ << kClearScreen
          << RenderDashboard(cockpit_, log_, CockpitHostCounts(), cockpit_.ReportsReceived(),
                             Seconds(Clock::now() - start_).count(), options_.seconds)
-         << std::flush;
+         << (webView_.message.empty() ? "" : "\n" + webView_.message + "\n") << std::flush;
   }
 
   void Expect(DemoResult& result, bool held, const std::string& what) {
@@ -134,11 +138,26 @@ class Session {
   SimCockpit cockpit_;
   const Clock::time_point start_;
   Clock::time_point nextFrame_ = Clock::now();
+  WebView webView_;
 };
 
 }  // namespace
 
 DemoResult PlayDemo(const DemoOptions& options, std::ostream& out) { return Session(options, out).Play(); }
+
+WebView ServeWebView(int port) {
+  WebView view{std::make_unique<pelm::sim::web::WebServer>(pelm::sim::Bus::Instance()), {}};
+  const std::string address = pelm::sim::web::kLoopbackAddress;
+  const int bound = view.server->Start(address, port);
+  if (bound < 0) {
+    view.server.reset();
+    view.message = "Web view: port " + std::to_string(port) + " of " + address +
+                   " cannot be bound (another program has it?): choose another port, or 0 for a free one";
+  } else {
+    view.message = "Web view: http://" + address + ":" + std::to_string(bound) + "/ (open it in a browser)";
+  }
+  return view;
+}
 
 std::string SummaryLine(const DemoResult& result) {
   std::string line = result.Passed() ? "demo passed: " : "demo FAILED: ";

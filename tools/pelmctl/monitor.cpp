@@ -73,7 +73,7 @@ MonitorCounts RunMonitor(const MonitorOptions& options, Simulation* simulation, 
   auto nextStep = start;
   int step = 0;
   while (!stop && (options.seconds <= 0 || Clock::now() < deadline)) {
-    if (simulation && Clock::now() >= nextStep) {
+    if (simulation && options.moveControls && Clock::now() >= nextStep) {
       simulation->MoveControls(step++);
       nextStep += kControlStepInterval;
     }

@@ -11,6 +11,7 @@ namespace pelmctl {
 
 struct MonitorOptions {
   double seconds = 0;  // 0: until `stop`
+  bool moveControls = true;  // a simulation's pilot works the controls
 };
 
 struct MonitorCounts {

@@ -25,4 +25,10 @@ int SimSession::RunDemo(const DemoOptions& options, std::ostream& out) {
   return result.Passed() ? kExitSuccess : kExitFailure;
 }
 
+int SimSession::ServeWebView(int port, std::ostream& out) {
+  webView_ = pelmctl::ServeWebView(port);
+  out << webView_.message << "\n" << std::flush;
+  return webView_.server ? webView_.server->Port() : -1;
+}
+
 }  // namespace pelmctl

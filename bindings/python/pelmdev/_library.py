@@ -70,6 +70,7 @@ _SIM: dict[str, tuple[Any, list[Any]]] = {
     "PelmSim_DisplayText": (_i32, [_i32, _i32, _i32, ctypes.c_char_p, _u32]),
     "PelmSim_SetFault": (_i32, [_i32, _i32, _i32, _i32]),
     "PelmSim_Reset": (None, []),
+    "PelmSim_Serve": (_i32, [_i32]),
 }
 
 

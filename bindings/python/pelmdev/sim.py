@@ -136,8 +136,16 @@ class Simulator:
             raise SimulationError(f"cannot set fault {fault}={value} on model {_type_code(model)} "
                                   f"instance {instance}")
 
+    def serve(self, port: int = 0) -> int:
+        """Serves the live web view at http://127.0.0.1:PORT/ (port 0: a free one) and returns the port."""
+        served = self.library.PelmSim_Serve(port)
+        if served < 0:
+            raise SimulationError(f"cannot serve the web view on port {port}: status {-served} "
+                                  "(the port taken, or a build without the web view)")
+        return int(served)
+
     def reset(self) -> None:
-        """Removes every panel with its faults and records (after the cockpit is closed)."""
+        """Removes every panel with its faults and records, and stops the web view (after the cockpit is closed)."""
         self.library.PelmSim_Reset()
 
 
