@@ -24,7 +24,7 @@ class TestDevice : public cPelmHidDevice {
  public:
   explicit TestDevice(const char* path) : cPelmHidDevice(path, PELM_MODEL_ENGINESTART, 2) {}
 
-  uint32_t OnInputReport(const uint8_t* report, uint32_t bytesRead) override {
+  uint32_t OnInputReport(const uint8_t*, uint32_t bytesRead) override {
     std::lock_guard hold(mutex_);
     byteCounts_.push_back(bytesRead);
     return 1;
