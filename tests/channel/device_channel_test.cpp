@@ -57,14 +57,6 @@ TEST_F(DeviceChannelTest, SerialNumbersAreNarrowedToTheLowBytesAndCut) {
   }
 }
 
-TEST_F(DeviceChannelTest, ModelsThatDoNotReadTheSerialKeepItEmpty) {
-  sim::DeviceDescription description = PanelDescription(kTestProductId, 1);
-  description.serialNumber = u"XYZ";
-  bus().Plug(description);
-  RecordPtr record = OpenTestRecord(description.path, TestParams(WriterVariant::Direct, false));
-  EXPECT_EQ(record->SerialNumber(), "");
-}
-
 TEST_F(DeviceChannelTest, ADeviceThatCannotBeOpenedStillYieldsARunningRecord) {
   auto device = bus().Plug(PanelDescription(kTestProductId, 1));
   device->FailOpens(true);
@@ -91,16 +83,6 @@ TEST_F(DeviceChannelTest, ARecordIdentifiesItsDeviceWhenItComesBack) {
   EXPECT_TRUE(WaitUntil([&] { return record->Inputs().size() == 1; }));
 }
 
-TEST_F(DeviceChannelTest, InputReportsReachTheHookInOrder) {
-  auto device = bus().Plug(PanelDescription(kTestProductId, 1));
-  RecordPtr record = OpenTestRecord(device->Description().path, TestParams(WriterVariant::Direct));
-  device->InjectInput({0, 1, 2, 3, 4, 5, 6, 7});
-  device->InjectInput({0, 9, 9, 9, 9, 9, 9, 9});
-  ASSERT_TRUE(WaitUntil([&] { return record->Inputs().size() == 2; }));
-  EXPECT_EQ(record->Inputs()[0], (std::vector<uint8_t>{0, 1, 2, 3, 4, 5, 6, 7}));
-  EXPECT_EQ(record->Inputs()[1], (std::vector<uint8_t>{0, 9, 9, 9, 9, 9, 9, 9}));
-}
-
 TEST_F(DeviceChannelTest, AShortInputReportIsNeverParsedPastTheBuffer) {
   // The device's input reports are 3 bytes; the model reads 8.
   auto device = bus().Plug(PanelDescription(kTestProductId, 1, {3, 0, 0}));
@@ -110,28 +92,6 @@ TEST_F(DeviceChannelTest, AShortInputReportIsNeverParsedPastTheBuffer) {
   ASSERT_TRUE(WaitUntil([&] { return record->Inputs().size() == 2; }));
   EXPECT_EQ(record->Inputs()[0], (std::vector<uint8_t>{0, 0xAA, 0xBB, 0, 0, 0, 0, 0}));
   EXPECT_EQ(record->Inputs()[1], (std::vector<uint8_t>{0, 0x11, 0, 0, 0, 0, 0, 0}));
-}
-
-TEST_F(DeviceChannelTest, StopEndsAnIdleReaderPromptly) {
-  auto device = bus().Plug(PanelDescription(kTestProductId, 1));
-  RecordPtr record = OpenTestRecord(device->Description().path, TestParams(WriterVariant::Retrying));
-  const auto start = std::chrono::steady_clock::now();
-  record->StopThreads();
-  // Bounded: the reader's pending read is cancelled, not waited out.
-  EXPECT_LT(std::chrono::steady_clock::now() - start, 2s);
-  EXPECT_EQ(record->MainHandle(), nullptr);
-  EXPECT_EQ(device->OpenHandles(), 0);
-}
-
-TEST_F(DeviceChannelTest, ADeviceThatVanishesMidReadLeavesTheReaderStoppable) {
-  auto device = bus().Plug(PanelDescription(kTestProductId, 1));
-  RecordPtr record = OpenTestRecord(device->Description().path, TestParams(WriterVariant::Direct));
-  bus().Unplug(device->Description().path, /*notify=*/false);
-  // The reader's reads now fail; nothing is delivered and stop still works.
-  uint8_t value = 0;
-  EXPECT_EQ(record->ReadFeatureByte(2, value), PELM_ERR_IO);
-  record->StopThreads();
-  EXPECT_TRUE(record->Inputs().empty());
 }
 
 TEST_F(DeviceChannelTest, AGoneDevicesThreadsBackOffAndTheReaderGivesItsHandleUp) {
@@ -172,19 +132,6 @@ TEST_F(DeviceChannelTest, RestartOpensAFreshHandleAndKeepsTheRecord) {
   EXPECT_EQ(device->CountOf(sim::LogOp::GetFeature), 1u);
   device->InjectInput({0, 3});
   EXPECT_TRUE(WaitUntil([&] { return record->Inputs().size() == 1; }));
-}
-
-TEST_F(DeviceChannelTest, PathsTooLongForTheRecordAreRefused) {
-  struct LongPathRecord : TestRecord {
-    explicit LongPathRecord(const char* path) : TestRecord(path, TestParams(WriterVariant::Direct)) {}
-  };
-  const std::string longest(kMaxDevicePathLength, 'p');
-  const std::string tooLong(kMaxDevicePathLength + 1, 'p');
-  EXPECT_EQ(CreateRecord<LongPathRecord>(tooLong.c_str()), nullptr);
-  LongPathRecord* accepted = CreateRecord<LongPathRecord>(longest.c_str());
-  ASSERT_NE(accepted, nullptr);
-  accepted->Close();
-  delete accepted;
 }
 
 TEST_F(DeviceChannelTest, ThousandStartStopCyclesWithTrafficLeakNothing) {

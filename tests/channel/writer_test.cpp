@@ -42,20 +42,6 @@ class WriterTest : public SimTest {
   std::shared_ptr<sim::SimDevice> device;
 };
 
-TEST_F(WriterTest, DirectWriterSendsOnTheMainHandleAndDropsFailures) {
-  RecordPtr record = Open(WriterVariant::Direct);
-  device->FailNextSends(1);
-  ASSERT_TRUE(Queue(*record, {3, 1}));
-  ASSERT_TRUE(Queue(*record, {3, 2}));
-  ASSERT_TRUE(WaitForSent(LogOp::SetFeature, 1));
-  const auto sends = Sends(LogOp::SetFeature);
-  ASSERT_EQ(sends.size(), 2u);
-  EXPECT_FALSE(sends[0].succeeded);
-  EXPECT_EQ(sends[1].bytes, (Report{3, 2}));
-  EXPECT_EQ(sends[1].mode, platform::OpenMode::Overlapped);
-  EXPECT_EQ(device->CountOf(LogOp::Open), 2u);  // identification, then the threads' handle
-}
-
 TEST_F(WriterTest, RetryingWriterResendsAFailedReportFirstOnAFreshHandle) {
   RecordPtr record = Open(WriterVariant::Retrying);
   device->FailNextSends(2);
@@ -73,27 +59,6 @@ TEST_F(WriterTest, RetryingWriterResendsAFailedReportFirstOnAFreshHandle) {
   EXPECT_NE(sends[0].handleId, sends[1].handleId);
   EXPECT_NE(sends[1].handleId, sends[2].handleId);
   EXPECT_EQ(sends[2].handleId, sends[3].handleId);
-}
-
-TEST_F(WriterTest, CountedWriterDropsAfterThreeFailuresInARow) {
-  RecordPtr record = Open(WriterVariant::Counted);
-  // A fails three times and is dropped; B fails once and is dropped at once;
-  // C gets through and restores the allowance, so D survives two failures.
-  device->FailNextSends(4);
-  ASSERT_TRUE(Queue(*record, {3, 0xA}));
-  ASSERT_TRUE(Queue(*record, {3, 0xB}));
-  ASSERT_TRUE(Queue(*record, {3, 0xC}));
-  ASSERT_TRUE(WaitForSent(LogOp::SetFeature, 1));
-  device->FailNextSends(2);
-  ASSERT_TRUE(Queue(*record, {3, 0xD}));
-  ASSERT_TRUE(WaitForSent(LogOp::SetFeature, 2));
-
-  std::vector<std::pair<uint8_t, bool>> attempts;
-  for (const auto& send : Sends(LogOp::SetFeature)) attempts.emplace_back(send.bytes[1], send.succeeded);
-  const std::vector<std::pair<uint8_t, bool>> expected = {
-      {0xA, false}, {0xA, false}, {0xA, false}, {0xB, false}, {0xC, true},
-      {0xD, false}, {0xD, false}, {0xD, true}};
-  EXPECT_EQ(attempts, expected);
 }
 
 TEST_F(WriterTest, TheTwentySixthPendingReportIsRefusedAndTheRestGoInOrder) {
@@ -124,42 +89,6 @@ TEST_F(WriterTest, StopDrainsEveryPendingReportOnceOnTheMainHandle) {
   EXPECT_EQ(std::count_if(sends.begin(), sends.end(), [](auto& s) { return s.bytes[1] == 0xB; }), 1);
   EXPECT_EQ(std::count_if(sends.begin(), sends.end(), [](auto& s) { return s.bytes[1] == 0xC; }), 1);
   EXPECT_EQ(sends.back().mode, platform::OpenMode::Overlapped);
-}
-
-TEST_F(WriterTest, OutputReportWriterWritesOutputReportsAndRetriesOnAFreshHandle) {
-  RecordPtr record = Open(WriterVariant::OutputReport);
-  device->FailNextSends(1);
-  ASSERT_TRUE(Queue(*record, {2, 0x55}));
-  ASSERT_TRUE(WaitForSent(LogOp::WriteOutput, 1));
-  const auto writes = Sends(LogOp::WriteOutput);
-  ASSERT_EQ(writes.size(), 2u);
-  EXPECT_EQ(writes[1].bytes, (Report{2, 0x55}));
-  EXPECT_NE(writes[0].handleId, writes[1].handleId);
-  EXPECT_EQ(writes[1].mode, platform::OpenMode::Synchronous);
-  EXPECT_EQ(device->CountOf(LogOp::SetFeature), 0u);
-}
-
-TEST_F(WriterTest, VersionSwitchedWriterPadsOutputReportsForNewerDevices) {
-  RecordPtr record = Open(WriterVariant::VersionSwitched, kPaddedOutputVersion);
-  device->FailNextSends(1);
-  ASSERT_TRUE(Queue(*record, {3, 0x01, 0x02}));  // fails: dropped, not retried
-  ASSERT_TRUE(Queue(*record, {3, 0xA, 0xB, 0xC}));
-  ASSERT_TRUE(WaitForSent(LogOp::WriteOutput, 1));
-  const auto writes = Sends(LogOp::WriteOutput);
-  ASSERT_EQ(writes.size(), 2u);
-  EXPECT_EQ(writes[1].bytes, (Report{3, 0xA, 0xB, 0xC, 0xDD, 0xDD, 0xDD, 0xDD}));
-  EXPECT_EQ(writes[0].handleId, writes[1].handleId);  // the own handle is kept
-}
-
-TEST_F(WriterTest, VersionSwitchedWriterSendsFeatureReportsToOlderDevices) {
-  RecordPtr record = Open(WriterVariant::VersionSwitched, kPaddedOutputVersion - 1);
-  device->FailNextSends(1);
-  ASSERT_TRUE(Queue(*record, {14, 5}));
-  ASSERT_TRUE(WaitForSent(LogOp::SetFeature, 1));
-  const auto sends = Sends(LogOp::SetFeature);
-  ASSERT_EQ(sends.size(), 2u);
-  EXPECT_EQ(sends[1].bytes, (Report{14, 5}));
-  EXPECT_EQ(device->CountOf(LogOp::WriteOutput), 0u);
 }
 
 TEST_F(WriterTest, AnIdleWriterSleepsAndEachReportWakesItOnce) {

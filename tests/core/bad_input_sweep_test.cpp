@@ -242,35 +242,6 @@ TEST_F(BadInputSweep, SingleResultGettersRefuseUnwritableVariables) {
   EXPECT_TRUE(std::all_of(inputs, inputs + sizeof inputs, [](uint8_t byte) { return byte == kCanaryByte; }));
 }
 
-TEST_F(BadInputSweep, WarningPanelRefusesIndicatorNumbersOutsideOneToSix) {
-  Plug(ModelByTypeCode(PELM_MODEL_WARNING)->productId, 1, kRoomyCaps);
-  PelmDev_Init(nullptr);
-  for (uint32_t indicator : {0u, 7u, 0x100u, 0xFFFFFFFFu}) {
-    uint8_t components[3] = {kCanaryByte, kCanaryByte, kCanaryByte};
-    uint8_t colorIndex = kCanaryByte;
-    EXPECT_EQ(PelmWarning_GetIndColor(0, indicator, &components[0], &components[1], &components[2]),
-              PELM_ERR_PARAM);
-    EXPECT_EQ(PelmWarning_GetIndColorValue(0, indicator, &colorIndex), PELM_ERR_PARAM);
-    EXPECT_EQ(PelmWarning_SetIndColor(0, indicator, 1, 2, 3), PELM_ERR_PARAM);
-    EXPECT_EQ(PelmWarning_SetIndColorValue(0, indicator, 1), PELM_ERR_PARAM);
-    EXPECT_EQ(components[0] & components[1] & components[2] & colorIndex, kCanaryByte) << indicator;
-  }
-}
-
-TEST_F(BadInputSweep, WarningPanelIgnoresColourIndicesOutsideItsPalette) {
-  Plug(ModelByTypeCode(PELM_MODEL_WARNING)->productId, 1, kRoomyCaps);
-  PelmDev_Init(nullptr);
-  constexpr uint32_t kIndicator = 1;
-  constexpr uint32_t kLastColour = 7;
-  ASSERT_EQ(PelmWarning_SetIndColorValue(0, kIndicator, kLastColour), PELM_SUCCESS);
-  for (uint32_t colour : {8u, 0xFFu, 0xFFFFFFFFu}) {
-    EXPECT_EQ(PelmWarning_SetIndColorValue(0, kIndicator, colour), PELM_SUCCESS);
-    uint8_t stored = 0;
-    ASSERT_EQ(PelmWarning_GetIndColorValue(0, kIndicator, &stored), PELM_SUCCESS);
-    EXPECT_EQ(stored, kLastColour) << colour;
-  }
-}
-
 TEST_F(BadInputSweep, DeviceInfoQueriesRefuseBadModelsIndicesAndRecords) {
   Plug(ModelByTypeCode(PELM_MODEL_BUTTONS)->productId, 1, kRoomyCaps);
   PelmDev_Init(nullptr);

@@ -110,14 +110,6 @@ TEST_F(CallbacksTest, AnInputCallbackThatBlocksMakesOtherDevicesEventsDrop) {
   EXPECT_GE(std::chrono::steady_clock::now() - start, 900ms);
 }
 
-TEST_F(CallbacksTest, ConnectRegistrationsKeepTheirOwnSlots) {
-  EXPECT_EQ(PelmDev_UnregisterConnectCallback(), 0u);
-  ASSERT_EQ(PelmDev_RegisterConnectCallback([](int32_t, int32_t, int32_t) {}), 1u);
-  EXPECT_EQ(PelmDev_RegisterConnectCallback(nullptr), 0u);
-  EXPECT_EQ(PelmDev_UnregisterConnectCallback_stdcall(), 0u);
-  EXPECT_EQ(PelmDev_UnregisterConnectCallback(), 1u);  // the null registration kept it
-}
-
 TEST_F(CallbacksTest, InitForgetsEveryCallback) {
   PelmDev_RegisterConnectCallback([](int32_t, int32_t, int32_t) {});
   PelmDev_RegisterInputCallback(CountDefaultInput);
@@ -125,14 +117,6 @@ TEST_F(CallbacksTest, InitForgetsEveryCallback) {
   PelmDev_Init(nullptr);
   EXPECT_EQ(PelmDev_UnregisterConnectCallback(), 0u);
   EXPECT_EQ(PelmDev_UnregisterInputCallback(), 0u);
-  EXPECT_EQ(PelmDev_UnregisterWakeupCallback(), 0u);
-}
-
-TEST_F(CallbacksTest, WakeupRefusesANullCallbackAndIntervalsZeroAndMinusOne) {
-  EXPECT_EQ(PelmDev_RegisterWakeupCallback(WakeDefault, 0), 0u);
-  EXPECT_EQ(PelmDev_RegisterWakeupCallback(WakeDefault, -1), 0u);
-  EXPECT_EQ(PelmDev_RegisterWakeupCallback(nullptr, 10), 0u);
-  EXPECT_EQ(PelmDev_RegisterWakeupCallback_stdcall(WakeStdcall, 0), 0u);
   EXPECT_EQ(PelmDev_UnregisterWakeupCallback(), 0u);
 }
 
@@ -149,8 +133,7 @@ TEST_F(CallbacksTest, EitherUnregistrationStopsBothForms) {
   EXPECT_EQ(PelmDev_UnregisterWakeupCallback_stdcall(), 1u);
   // At most the cycle under way completes; then the thread ends.
   const std::size_t calls = Order().size();
-  std::this_thread::sleep_for(100ms);
-  EXPECT_LE(Order().size(), calls + 1);
+  EXPECT_FALSE(WaitUntil([&] { return Order().size() > calls + 1; }, 100ms));
   EXPECT_EQ(PelmDev_UnregisterWakeupCallback(), 1u);
 }
 

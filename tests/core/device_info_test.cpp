@@ -1,18 +1,19 @@
-// The device information queries: which checks come first, what is written and
-// what the host's record keeps. The records are packed, so their 16-bit fields
-// are copied out before they are compared.
+// The device information queries: what is written for each model, what an
+// unplugged panel keeps, and the present panels. The records are packed, so
+// their 16-bit fields are copied out before they are compared.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
-#include <climits>
 #include <cstring>
 #include <vector>
 
+#include "core/model_table.h"
 #include "core/pelm_dev.h"
 #include "core/pelm_dev_ext.h"
+#include "models_under_test.h"
 #include "support/guarded_memory.h"
 #include "support/library_fixture.h"
 
@@ -21,7 +22,6 @@ namespace {
 
 constexpr uint16_t kMapCtlId = 0x0300;
 constexpr uint16_t kThrottleId = 0x0200;
-constexpr uint16_t kEngineStartId = 0x003C;
 constexpr uint8_t kHostFill = 0xAB;
 constexpr uint16_t kHostOutputLength = 0xBEEF;
 
@@ -36,12 +36,6 @@ Record Filled(uint16_t structSize = sizeof(PelmDevInfo2)) {
   return record;
 }
 
-template <class Record>
-bool Untouched(const Record& record, uint16_t structSize = sizeof(PelmDevInfo2)) {
-  const Record filled = Filled<Record>(structSize);
-  return std::memcmp(&record, &filled, sizeof(Record)) == 0;
-}
-
 std::string UpperCase(std::string text) {
   std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::toupper(c); });
   return text;
@@ -49,92 +43,34 @@ std::string UpperCase(std::string text) {
 
 class DeviceInfoTest : public LibraryTest {};
 
-TEST_F(DeviceInfoTest, ChecksComeInOrderAndFailuresWriteNothing) {
-  Plug(kMapCtlId, 1);
-  PelmDev_Init(nullptr);
-  struct Case {
-    int32_t code, index, status;
-  };
-  const Case cases[] = {
-      {0, 0, PELM_SUCCESS},
-      {16, 0, PELM_SUCCESS},
-      {20, 0, PELM_SUCCESS},
-      {INT_MIN, -1, PELM_SUCCESS},
-      {PELM_MODEL_MAPCTL, 4, PELM_ERR_INDEX},
-      {PELM_MODEL_RADIO, 16, PELM_ERR_INDEX},
-      {PELM_MODEL_MAPCTL, -1, PELM_ERR_INDEX},
-      {PELM_MODEL_MAPCTL, 1, PELM_ERR_NODEVICE},
-      {PELM_MODEL_BUTTONS, 31, PELM_ERR_NODEVICE},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(testing::Message() << "code " << c.code << " index " << c.index);
-    auto info = Filled<PelmDevInfo>();
-    auto info2 = Filled<PelmDevInfo2>();
-    EXPECT_EQ(PelmDev_GetDeviceInfo(c.code, c.index, &info), c.status);
-    EXPECT_EQ(PelmDev_GetDeviceInfo2(c.code, c.index, &info2), c.status);
-    EXPECT_EQ(PelmDev_GetDeviceInfo_stdcall(c.code, c.index, nullptr), c.status);  // before the record
-    EXPECT_TRUE(Untouched(info));
-    EXPECT_TRUE(Untouched(info2));
-  }
-  for (uint16_t size : {0, 262, 330, 332}) {
-    auto info2 = Filled<PelmDevInfo2>(size);
-    EXPECT_EQ(PelmDev_GetDeviceInfo2(PELM_MODEL_MAPCTL, 0, &info2), PELM_SUCCESS);
-    EXPECT_TRUE(Untouched(info2, size)) << "structSize " << size;
-  }
-}
-
-TEST_F(DeviceInfoTest, ANullOrUnwritableRecordIsRefused) {
-  Plug(kMapCtlId, 1);
-  PelmDev_Init(nullptr);
-  GuardedMemory memory;
-  ASSERT_TRUE(memory.Mapped());
-  EXPECT_EQ(PelmDev_GetDeviceInfo(PELM_MODEL_MAPCTL, 0, nullptr), PELM_ERR_PARAM);
-  EXPECT_EQ(PelmDev_GetDeviceInfo(PELM_MODEL_MAPCTL, 0, memory.LastByteReadOnly<PelmDevInfo>()), PELM_ERR_PARAM);
-  EXPECT_EQ(PelmDev_GetDeviceInfo2(PELM_MODEL_MAPCTL, 0, nullptr), PELM_ERR_PARAM);
-  EXPECT_EQ(PelmDev_GetDeviceInfo2(PELM_MODEL_MAPCTL, 0, memory.ReadOnly<PelmDevInfo2>()), PELM_ERR_PARAM);
-  // All 331 bytes are tested, not only the fields that would be written.
-  PelmDevInfo2* straddling = memory.LastByteReadOnly<PelmDevInfo2>();
-  const uint16_t size = sizeof(PelmDevInfo2);
-  std::memcpy(straddling, &size, sizeof size);
-  EXPECT_EQ(PelmDev_GetDeviceInfo2(PELM_MODEL_MAPCTL, 0, straddling), PELM_ERR_PARAM);
-  EXPECT_EQ(reinterpret_cast<const char*>(straddling)[offsetof(PelmDevInfo2, devicePath)], '\0');
-}
-
-TEST_F(DeviceInfoTest, DevicesAreDescribedByTheirModelsKind) {
-  struct Case {
-    uint16_t productId;
-    int32_t code;
-    const char* serialNumber;     // only some function-based models read it
-    uint16_t outputReportLength;  // class-based models only; the host's value stays otherwise
-  };
-  const Case cases[] = {
-      {kMapCtlId, PELM_MODEL_MAPCTL, "SN-0042", kHostOutputLength},
-      {kThrottleId, PELM_MODEL_THROTTLE, "", kHostOutputLength},
-      {kEngineStartId, PELM_MODEL_ENGINESTART, "", 5},
-  };
-  for (const Case& c : cases) {
-    sim::DeviceDescription description = PanelDescription(c.productId, 1, {8, 5, 8});
+// Every model, so that a model that reads its serial number where it should
+// not (or misses it) shows.
+TEST_F(DeviceInfoTest, EveryModelIsDescribedWithItsPathVersionSerialAndKind) {
+  for (const ModelUnderTest& model : kModels) {
+    sim::DeviceDescription description = PanelDescription(model.productId, 1, {8, 5, 8});
     description.versionNumber = 0x0123;
     description.serialNumber = u"SN-0042";
     bus().Plug(description);
   }
   PelmDev_Init(nullptr);
-  for (const Case& c : cases) {
-    SCOPED_TRACE(testing::Message() << "model " << c.code);
-    const std::string path = UpperCase(InterfacePath(c.productId, 1));
+  for (const ModelUnderTest& model : kModels) {
+    SCOPED_TRACE(testing::Message() << "model " << model.typeCode);
+    const std::string path = UpperCase(InterfacePath(model.productId, 1));
     auto info = Filled<PelmDevInfo>();
-    EXPECT_EQ(PelmDev_GetDeviceInfo(c.code, 0, &info), PELM_SUCCESS);
+    EXPECT_EQ(PelmDev_GetDeviceInfo(model.typeCode, 0, &info), PELM_SUCCESS);
     EXPECT_EQ(info.devicePath, path);
     EXPECT_EQ(static_cast<uint8_t>(info.devicePath[path.size() + 1]), kHostFill);  // written up to the terminator
     EXPECT_EQ(uint16_t{info.versionNumber}, 0x0123);
 
     auto info2 = Filled<PelmDevInfo2>();
-    EXPECT_EQ(PelmDev_GetDeviceInfo2(c.code, 0, &info2), PELM_SUCCESS);
+    EXPECT_EQ(PelmDev_GetDeviceInfo2(model.typeCode, 0, &info2), PELM_SUCCESS);
     EXPECT_EQ(uint16_t{info2.structSize}, sizeof(PelmDevInfo2));
     EXPECT_EQ(info2.devicePath, path);
     EXPECT_EQ(uint16_t{info2.versionNumber}, 0x0123);
-    EXPECT_STREQ(info2.serialNumber, c.serialNumber);
-    EXPECT_EQ(uint16_t{info2.outputReportLength}, c.outputReportLength);
+    EXPECT_STREQ(info2.serialNumber, model.readsSerial ? "SN-0042" : "");
+    // Only class-based models fill the output length in; the host's value stays otherwise.
+    const bool classBased = ModelByTypeCode(model.typeCode)->kind == ModelKind::ClassBased;
+    EXPECT_EQ(uint16_t{info2.outputReportLength}, classBased ? 5 : kHostOutputLength);
   }
 }
 

@@ -13,21 +13,26 @@ constexpr uint16_t kButtonsId = 0x0020;
 constexpr uint16_t kEngineStartId = 0x003C;
 
 std::vector<ConnectEvent> events;
+// The stdcall form is registered beside the default one; both hear of each change.
+int stdcallEvents = 0;
 
 void RecordConnect(int32_t modelType, int32_t deviceIndex, int32_t event) {
   events.push_back({modelType, deviceIndex, event});
 }
+void PELM_STDCALL CountConnectStdcall(int32_t, int32_t, int32_t) { ++stdcallEvents; }
 
 class HotplugTest : public LibraryTest {
  protected:
   void SetUp() override {
     LibraryTest::SetUp();
     events.clear();
+    stdcallEvents = 0;
   }
 
   void StartWithHotplug() {
     PelmDev_Init(kHostInstance);
     ASSERT_EQ(PelmDev_RegisterConnectCallback(RecordConnect), 1u);
+    ASSERT_EQ(PelmDev_RegisterConnectCallback_stdcall(CountConnectStdcall), 1u);
   }
 
   void Pump() { PelmDevExt_DispatchEvents(); }
@@ -52,6 +57,7 @@ TEST_F(HotplugTest, UnplugAndReplugKeepTheSlotAndTheState) {
   Pump();
   EXPECT_EQ(events, (std::vector<ConnectEvent>{{PELM_MODEL_BUTTONS, 0, PELM_EVENT_REMOVAL},
                                                 {PELM_MODEL_BUTTONS, 0, PELM_EVENT_ARRIVAL}}));
+  EXPECT_EQ(stdcallEvents, 2);
   EXPECT_EQ(PelmButtons_GetNumDevices(), 1u);
   ASSERT_EQ(PelmButtons_GetSwitchVals(0, &switches), PELM_SUCCESS);
   EXPECT_EQ(switches, 0x5A);

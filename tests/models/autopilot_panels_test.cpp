@@ -7,7 +7,7 @@
 #include <cstring>
 
 #include "models/autopilot_panels.h"
-#include "models/display_test_support.h"
+#include "models/model_test.h"
 #include "platform/sim/panels/autopilot_panels.h"
 #include "support/guarded_memory.h"
 
@@ -20,7 +20,7 @@ using sim::AutopilotPanelSim;
 constexpr uint16_t kPaddedOutputVersion = 0x0200;
 const uint8_t kSegments[] = {1, 2, 3, 4, 5, 6};
 
-class AutopilotPanelsTest : public DisplayTest {
+class AutopilotPanelsTest : public ModelTest {
  protected:
   // Both GetControlVals in one shape: six dials (the first panel's sixth stays
   // 0) and the switches as one word (the first panel's two bytes, first byte high).
@@ -49,8 +49,6 @@ TEST_F(AutopilotPanelsTest, FirstPanelSendsEachDisplayWithItsLength) {
       {"D cut at six", [] { return PelmAutopilot_SetDDisplayText(0, "1234567"); },
        {9, 6, 0x5B, 0x4F, 0x66, 0x6D, 0x7D}},
       {"E takes six", [] { return PelmAutopilot_SetEDisplaySegments(0, kSegments); }, {11, 1, 2, 3, 4, 5, 6}},
-      {"brightness in four bits", [] { return PelmAutopilot_SetBrightness(0, 0x1F); }, {12, 0x0F}},
-      {"indicators from the low byte", [] { return PelmAutopilot_SetIndicators(0, 0x3C3); }, {13, 0xC3}},
   });
   EXPECT_EQ(device->PanelAs<AutopilotPanelSim>().Display('A'), (std::vector<uint8_t>{0x80, 0x6D, 0x00}));
 }
@@ -65,7 +63,6 @@ TEST_F(AutopilotPanelsTest, SecondPanelSendsEachDisplayWithItsLength) {
       {"E", [] { return PelmAutopilot2_SetEDisplaySegments(0, kSegments); }, {11, 1, 2, 3, 4, 5}},
       {"F cut at three", [] { return PelmAutopilot2_SetFDisplayText(0, "8.8.8.8"); }, {13, 0xFF, 0xFF, 0xFF}},
       {"F segments", [] { return PelmAutopilot2_SetFDisplaySegments(0, kSegments); }, {13, 1, 2, 3}},
-      {"brightness", [] { return PelmAutopilot2_SetBrightness(0, 0x25); }, {14, 0x05}},
       {"indicators high byte first", [] { return PelmAutopilot2_SetIndicators(0, 0x01020304); }, {15, 1, 2, 3, 4}},
   });
 }

@@ -5,7 +5,7 @@
 
 #include "platform/sim/panels/gear2_panel.h"
 #include "support/input_capture.h"
-#include "switch_model_test.h"
+#include "models/model_test.h"
 
 namespace pelm::test {
 namespace {
@@ -16,7 +16,7 @@ using sim::Report;
 
 constexpr std::size_t kGear2RecordSize = 7;
 
-class Gear2PanelTest : public SwitchModelTest {};
+class Gear2PanelTest : public ModelTest {};
 
 TEST_F(Gear2PanelTest, OpenReadsTheControlsAtTheFeatureLengthAndSendsNothing) {
   struct Case {
@@ -62,22 +62,6 @@ TEST_F(Gear2PanelTest, ValuesAreSignExtendedAndClearedWhetherTakenOrNot) {
   ASSERT_EQ(PelmGear2_GetControlVals(0, &values[0], &values[1], &values[2], &control), PELM_SUCCESS);
   EXPECT_EQ(std::vector<int16_t>(values, values + 3), (std::vector<int16_t>{0, 0, 0}));  // -128 was not kept
   EXPECT_EQ(control, 5);
-}
-
-TEST_F(Gear2PanelTest, LampsGoOutAsFeatureReportsAndAreReadBack) {
-  auto device = Plug(Gear2Panel::kProductId, 1);
-  PelmDev_Init(nullptr);
-  ASSERT_EQ(PelmGear2_SetBrightness(0, 0x1F), PELM_SUCCESS);
-  ASSERT_EQ(PelmGear2_SetIndicators(0, 0x1A5), PELM_SUCCESS);
-  EXPECT_EQ(WaitForSent(*device, LogOp::SetFeature, 2), (std::vector<Report>{{3, 0x0F}, {2, 0xA5}}));
-  uint16_t level = 0;
-  uint8_t indicators = 0;
-  ASSERT_EQ(PelmGear2_GetBrightness(0, &level), PELM_SUCCESS);
-  ASSERT_EQ(PelmGear2_GetIndicators(0, &indicators), PELM_SUCCESS);
-  EXPECT_EQ(level, 0x0F);
-  EXPECT_EQ(indicators, 0xA5);
-  device->FailFeatureReads(true);
-  EXPECT_EQ(PelmGear2_GetIndicators(0, &indicators), PELM_ERR_IO);
 }
 
 }  // namespace

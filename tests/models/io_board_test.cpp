@@ -5,7 +5,7 @@
 
 #include "platform/sim/panels/io_board_panel.h"
 #include "support/input_capture.h"
-#include "switch_model_test.h"
+#include "models/model_test.h"
 
 namespace pelm::test {
 namespace {
@@ -17,25 +17,25 @@ using sim::Report;
 constexpr std::size_t kIoBoardRecordSize = 7;
 constexpr platform::HidCaps kLongOutputCaps = {8, 10, 8};
 
-class IoBoardTest : public SwitchModelTest {};
+class IoBoardTest : public ModelTest {};
 
 TEST_F(IoBoardTest, InitSwitchesTheOutputsOffButAnArrivalDoesNot) {
   auto atInit = Plug(IoBoardPanel::kProductId, 1);
   PelmDev_Init(kHostInstance);
-  EXPECT_EQ(WaitForSent(*atInit, LogOp::WriteOutput, 1), (std::vector<Report>{{2, 0, 0, 0, 0, 0, 0, 0}}));
+  EXPECT_EQ(WaitForSent(*atInit, 1, LogOp::WriteOutput), (std::vector<Report>{{2, 0, 0, 0, 0, 0, 0, 0}}));
 
   auto arriving = Plug(IoBoardPanel::kProductId, 2);
   PelmDevExt_DispatchEvents();
   ASSERT_EQ(PelmIoBoard_GetNumDevices(), 2u);
   ASSERT_EQ(PelmIoBoard_SetIndicators(1, 9, 9, 9, 9), PELM_SUCCESS);
-  EXPECT_EQ(WaitForSent(*arriving, LogOp::WriteOutput, 1), (std::vector<Report>{{2, 9, 9, 9, 9, 0, 0, 0}}));
+  EXPECT_EQ(WaitForSent(*arriving, 1, LogOp::WriteOutput), (std::vector<Report>{{2, 9, 9, 9, 9, 0, 0, 0}}));
 }
 
 TEST_F(IoBoardTest, OutputsFillTheBoardsOutputReport) {
   auto device = Plug(IoBoardPanel::kProductId, 1, kLongOutputCaps);
   PelmDev_Init(nullptr);
   ASSERT_EQ(PelmIoBoard_SetIndicators(0, 1, 2, 3, 0x104), PELM_SUCCESS);
-  const auto sent = WaitForSent(*device, LogOp::WriteOutput, 2);
+  const auto sent = WaitForSent(*device, 2, LogOp::WriteOutput);
   ASSERT_EQ(sent.size(), 2u);
   EXPECT_EQ(sent[1], (Report{2, 1, 2, 3, 4, 0, 0, 0, 0, 0}));
   EXPECT_EQ(device->PanelAs<IoBoardPanel>().LastOutputs(), (IoBoardPanel::Outputs{1, 2, 3, 4}));

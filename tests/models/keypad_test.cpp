@@ -5,7 +5,7 @@
 
 #include "platform/sim/panels/keypad_panel.h"
 #include "support/input_capture.h"
-#include "switch_model_test.h"
+#include "models/model_test.h"
 
 namespace pelm::test {
 namespace {
@@ -16,7 +16,7 @@ using sim::Report;
 
 constexpr std::size_t kKeypadRecordSize = 4;
 
-class KeypadTest : public SwitchModelTest {};
+class KeypadTest : public ModelTest {};
 
 TEST_F(KeypadTest, KeyCodesComeNonZeroFirst) {
   struct Case {
@@ -66,7 +66,7 @@ TEST_F(KeypadTest, LampsGoOutAsOutputReportsRetriedOnAFreshHandle) {
   device->FailNextSends(1);
   ASSERT_EQ(PelmKeypad_SetBrightness(0, 0xFF), PELM_SUCCESS);
   ASSERT_EQ(PelmKeypad_SetIndicators(0, 0x142), PELM_SUCCESS);
-  ASSERT_EQ(WaitForSent(*device, LogOp::WriteOutput, 2), (std::vector<Report>{{3, 0x0F}, {2, 0x42}}));
+  ASSERT_EQ(WaitForSent(*device, 2, LogOp::WriteOutput), (std::vector<Report>{{3, 0x0F}, {2, 0x42}}));
   const auto attempts = device->LogOf(LogOp::WriteOutput);
   ASSERT_EQ(attempts.size(), 3u);
   EXPECT_FALSE(attempts[0].succeeded);
@@ -75,17 +75,6 @@ TEST_F(KeypadTest, LampsGoOutAsOutputReportsRetriedOnAFreshHandle) {
   uint32_t level = 0xFFFFFFFF;
   ASSERT_EQ(PelmKeypad_GetBrightness(0, &level), PELM_SUCCESS);
   EXPECT_EQ(level, 0x0Fu);
-}
-
-TEST_F(KeypadTest, TheSerialNumberIsReadAtOpen) {
-  sim::DeviceDescription description = PanelDescription(KeypadPanel::kProductId, 1);
-  description.serialNumber = u"KU-0042";
-  bus().Plug(description);
-  PelmDev_Init(nullptr);
-  PelmDevInfo2 info{};
-  info.structSize = sizeof info;
-  ASSERT_EQ(PelmDev_GetDeviceInfo2(PELM_MODEL_KEYPAD, 0, &info), PELM_SUCCESS);
-  EXPECT_STREQ(info.serialNumber, "KU-0042");
 }
 
 }  // namespace

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "models/display_test_support.h"
+#include "models/model_test.h"
 #include "models/squawk_panel.h"
 #include "platform/sim/panels/squawk_panel.h"
 
@@ -13,14 +13,13 @@ namespace {
 using sim::Report;
 using sim::SquawkPanelSim;
 
-class SquawkPanelTest : public DisplayTest {};
+class SquawkPanelTest : public ModelTest {};
 
 TEST_F(SquawkPanelTest, TheDigitShowsTheFirstCharacterAndAJoinedPoint) {
   static const uint8_t kAllSegments = 0xFF;
   auto device = PlugAndInit(SquawkPanelSim::kProductId);
   std::vector<SetterCase> cases = {
       {"segments", [] { return PelmSquawk_SetDigitSegments(0, &kAllSegments); }, {3, 0xFF}},
-      {"brightness", [] { return PelmSquawk_SetBrightness_stdcall(0, 0x1F); }, {4, 0x0F}},
   };
   for (const auto& [text, segments] : std::vector<std::pair<const char*, uint8_t>>{
            {"7", 0x07}, {"7.", 0x87}, {"-", 0x40}, {".", 0x80}, {"]", 0x0F}, {"A", 0}, {"", 0}, {"12", 0x06}}) {

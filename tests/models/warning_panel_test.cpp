@@ -6,7 +6,7 @@
 #include "models/warning_colors.h"
 #include "platform/sim/panels/warning_panel.h"
 #include "support/input_capture.h"
-#include "switch_model_test.h"
+#include "models/model_test.h"
 
 namespace pelm::test {
 namespace {
@@ -18,19 +18,19 @@ using sim::WarningPanel;
 constexpr int kIndicators = 6;
 constexpr std::size_t kOpenSequenceLength = 2 * kIndicators;
 
-class WarningPanelTest : public SwitchModelTest {
+class WarningPanelTest : public ModelTest {
  protected:
   // Plugs a panel, opens it at Init and waits for its open sequence.
   std::shared_ptr<sim::SimDevice> OpenPanel(void* instance = nullptr) {
     auto device = Plug(WarningPanel::kProductId, 1);
     PelmDev_Init(instance);
-    WaitForSent(*device, LogOp::WriteOutput, kOpenSequenceLength);
+    WaitForSent(*device, kOpenSequenceLength, LogOp::WriteOutput);
     return device;
   }
 
   // The reports sent after the open sequence, once `count` of them have been.
   static std::vector<Report> SentAfterOpen(const sim::SimDevice& device, std::size_t count) {
-    const auto sent = WaitForSent(device, LogOp::WriteOutput, kOpenSequenceLength + count);
+    const auto sent = WaitForSent(device, kOpenSequenceLength + count, LogOp::WriteOutput);
     return std::vector<Report>(sent.begin() + std::min(sent.size(), kOpenSequenceLength), sent.end());
   }
 
@@ -41,12 +41,6 @@ class WarningPanelTest : public SwitchModelTest {
   }
 };
 
-TEST(WarningColorsTest, ComponentLevelScalesBrightnessInSinglePrecision) {
-  const std::pair<int16_t, uint8_t> levels[] = {{0, 0},    {1, 6},   {8, 53},  {14, 93},
-                                                {15, 100}, {16, 106}, {39, 4}, {-1, 0xFA}};
-  for (const auto& [brightness, level] : levels) EXPECT_EQ(ComponentLevel(brightness), level) << brightness;
-}
-
 TEST_F(WarningPanelTest, InitSendsFullBrightnessThenEveryIndicatorOff) {
   auto device = Plug(WarningPanel::kProductId, 1);
   device->PanelAs<WarningPanel>().SetControlByte(0x42);
@@ -55,7 +49,7 @@ TEST_F(WarningPanelTest, InitSendsFullBrightnessThenEveryIndicatorOff) {
   for (int pass = 0; pass < 2; ++pass) {
     for (uint8_t n = 1; n <= kIndicators; ++n) expected.push_back({2, n, 0, 0, 0});
   }
-  EXPECT_EQ(WaitForSent(*device, LogOp::WriteOutput, kOpenSequenceLength), expected);
+  EXPECT_EQ(WaitForSent(*device, kOpenSequenceLength, LogOp::WriteOutput), expected);
   int32_t level = 0;
   uint8_t control = 0;
   ASSERT_EQ(PelmWarning_GetBrightness(0, &level), PELM_SUCCESS);
@@ -71,7 +65,7 @@ TEST_F(WarningPanelTest, InitSendsFullBrightnessThenEveryIndicatorOff) {
   ASSERT_EQ(PelmWarning_GetBrightness(1, &level), PELM_SUCCESS);
   EXPECT_EQ(level, 15);
   ASSERT_EQ(PelmWarning_SetIndColorValue(1, 2, 1), PELM_SUCCESS);
-  EXPECT_EQ(WaitForSent(*arriving, LogOp::WriteOutput, 1), (std::vector<Report>{{2, 2, 100, 100, 100}}));
+  EXPECT_EQ(WaitForSent(*arriving, 1, LogOp::WriteOutput), (std::vector<Report>{{2, 2, 100, 100, 100}}));
 }
 
 TEST_F(WarningPanelTest, ColourIndicesAtFullBrightness) {

@@ -41,19 +41,6 @@ const Bytes kBootMouseWithLongItems = {
     0xC0, 0xC0,
     0xFE, 0x00, 0xF1};                                           // long item, no data
 
-// Boot keyboard: input is modifiers, reserved byte, 6 key codes (8 bytes);
-// output is 5 LED bits plus 3 padding (1 byte).
-const Bytes kBootKeyboard = {
-    0x05, 0x01, 0x09, 0x06, 0xA1, 0x01,
-    0x05, 0x07, 0x19, 0xE0, 0x29, 0xE7, 0x15, 0x00, 0x25, 0x01,  // modifier keys
-    0x75, 0x01, 0x95, 0x08, 0x81, 0x02,
-    0x95, 0x01, 0x75, 0x08, 0x81, 0x01,                          // reserved
-    0x95, 0x05, 0x75, 0x01, 0x05, 0x08, 0x19, 0x01, 0x29, 0x05,  // LEDs
-    0x91, 0x02, 0x95, 0x01, 0x75, 0x03, 0x91, 0x01,
-    0x95, 0x06, 0x75, 0x08, 0x15, 0x00, 0x25, 0x65,              // key codes
-    0x05, 0x07, 0x19, 0x00, 0x29, 0x65, 0x81, 0x00,
-    0xC0};
-
 // Vendor-defined panel: feature reports 2 and 3 of 1 byte, 4 of 7 bytes, and
 // input report 1 of 24 one-bit switches (3 bytes).
 const Bytes kPanelWithFeatureReports = {
@@ -125,7 +112,6 @@ constexpr std::nullopt_t kMalformed = std::nullopt;
 const std::vector<DescriptorCase> kDescriptorCases = {
     {"BootMouse", kBootMouse, ReportLengths{4, 0, 0, false}},
     {"LongItemsAreSkippedWhole", kBootMouseWithLongItems, ReportLengths{4, 0, 0, false}},
-    {"BootKeyboard", kBootKeyboard, ReportLengths{9, 2, 0, false}},
     {"PanelFeatureReports", kPanelWithFeatureReports, ReportLengths{4, 0, 8, true}},
     {"ReportSplitAcrossOtherIds", kFeatureReportInTwoPieces, ReportLengths{0, 0, 6, true}},
     {"CompositeLongestPerType", kCompositeWithReportIds, ReportLengths{9, 5, 0, true}},

@@ -1,14 +1,21 @@
-// What the six display models share but each wires up its own way: slot counts,
-// which operations a disconnected panel still accepts, the writer variant, the
-// queue limit, the feature-report getters and the serial number.
+// What the models share but each wires up its own way: the two-byte setters,
+// which operations a panel that has gone still accepts, the writer variant and
+// the feature-report getters.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <functional>
+#include <map>
 #include <string>
 
-#include "models/display_test_support.h"
+#include "models/model_test.h"
+#include "platform/sim/panels/gear2_panel.h"
+#include "platform/sim/panels/gear_panel.h"
+#include "platform/sim/panels/io_board_panel.h"
+#include "platform/sim/panels/keypad_panel.h"
+#include "platform/sim/panels/knob_panel.h"
+#include "platform/sim/panels/warning_panel.h"
 
 namespace pelm::test {
 namespace {
@@ -23,6 +30,12 @@ constexpr uint16_t kRadioId = 0x0050;
 constexpr uint16_t kAutopilotId = 0x0060;
 constexpr uint16_t kAutopilot2Id = 0x0064;
 constexpr uint16_t kSquawkId = 0x0070;
+constexpr uint16_t kButtonsId = 0x0020;
+constexpr uint16_t kTogglesId = 0x0030;
+constexpr uint16_t kKnobsId = 0x0028;
+constexpr uint16_t kGearId = 0x0040;
+constexpr uint16_t kGear2Id = 0x0048;
+constexpr uint16_t kKeypadId = 0x0074;
 
 const char kText[] = "1";
 const uint8_t kSegments[6] = {};
@@ -30,22 +43,54 @@ const uint16_t kGlyphs[4] = {};
 
 using Operation = std::function<int32_t(int32_t index)>;
 
-class DisplayModelsTest : public DisplayTest {};
+class EveryModelTest : public ModelTest {};
 
-TEST_F(DisplayModelsTest, IndicesOutsideTheSlotTableAndEmptySlotsAreRefused) {
-  const std::vector<std::tuple<const char*, int32_t, Operation>> cases = {
-      {"PelmRadio", 16, [](int32_t i) { return PelmRadio_SetLDisplayText(i, kText); }},
-      {"PelmAlpha", 16, [](int32_t i) { return PelmAlpha_GetDialVals_stdcall(i, nullptr, nullptr); }},
-      {"PelmAlpha2", 16, [](int32_t i) { return PelmAlpha2_SetAlphaSegments(i, kGlyphs); }},
-      {"PelmSquawk", 8, [](int32_t i) { return PelmSquawk_SetDigitSegments_stdcall(i, kSegments); }},
-      {"PelmAutopilot", 4, [](int32_t i) { return PelmAutopilot_SetIndicators(i, 1); }},
-      {"PelmAutopilot2", 4, [](int32_t i) { return PelmAutopilot2_GetIndicators_stdcall(i, nullptr); }},
+// A setter of one value and the report it sends for kValue.
+struct TwoByteSetter {
+  uint16_t productId;
+  std::function<int32_t(uint32_t value)> set;
+  Report sent;
+  LogOp op = LogOp::SetFeature;
+};
+
+// Every model's brightness and lamp-byte setters: the report ID, then the low
+// byte of the value, brightness cut to four bits.
+TEST_F(EveryModelTest, TwoByteSettersSendTheirReportIdAndTheLowByte) {
+  constexpr uint32_t kValue = 0x1A7;
+  const std::vector<TwoByteSetter> setters = {
+      {kRadioId, [](uint32_t v) { return PelmRadio_SetBrightness(0, v); }, {6, 0x07}},
+      {kRadioId, [](uint32_t v) { return PelmRadio_SetIndicators_stdcall(0, v); }, {7, 0xA7}},
+      {kAlphaId, [](uint32_t v) { return PelmAlpha_SetBrightness(0, v); }, {6, 0x07}},
+      {kAlpha2Id, [](uint32_t v) { return PelmAlpha2_SetBrightness_stdcall(0, v); }, {6, 0x07}},
+      {kAutopilotId, [](uint32_t v) { return PelmAutopilot_SetBrightness(0, v); }, {12, 0x07}},
+      {kAutopilotId, [](uint32_t v) { return PelmAutopilot_SetIndicators(0, v); }, {13, 0xA7}},
+      {kAutopilot2Id, [](uint32_t v) { return PelmAutopilot2_SetBrightness(0, v); }, {14, 0x07}},
+      {kSquawkId, [](uint32_t v) { return PelmSquawk_SetBrightness_stdcall(0, v); }, {4, 0x07}},
+      {kButtonsId, [](uint32_t v) { return PelmButtons_SetBrightness(0, v); }, {3, 0x07}},
+      {kButtonsId, [](uint32_t v) { return PelmButtons_SetIndicators(0, v); }, {2, 0xA7}},
+      {kTogglesId, [](uint32_t v) { return PelmToggles_SetBrightness_stdcall(0, v); }, {3, 0x07}},
+      {kTogglesId, [](uint32_t v) { return PelmToggles_SetIndicators(0, v); }, {2, 0xA7}},
+      {kKnobsId, [](uint32_t v) { return PelmKnobs_SetBrightness(0, v); }, {3, 0x07}},
+      {kGearId, [](uint32_t v) { return PelmGear_SetBrightness(0, v); }, {3, 0x07}},
+      {kGear2Id, [](uint32_t v) { return PelmGear2_SetBrightness(0, v); }, {3, 0x07}},
+      {kGear2Id, [](uint32_t v) { return PelmGear2_SetIndicators(0, v); }, {2, 0xA7}},
+      {kKeypadId, [](uint32_t v) { return PelmKeypad_SetBrightness(0, v); }, {3, 0x07}, LogOp::WriteOutput},
+      {kKeypadId, [](uint32_t v) { return PelmKeypad_SetIndicators(0, v); }, {2, 0xA7}, LogOp::WriteOutput},
   };
+  std::map<uint16_t, std::shared_ptr<sim::SimDevice>> devices;
+  for (const TwoByteSetter& setter : setters) {
+    if (!devices.contains(setter.productId)) devices[setter.productId] = Plug(setter.productId, 1);
+  }
   PelmDev_Init(nullptr);
-  for (const auto& [family, slotCount, operation] : cases) {
-    EXPECT_EQ(operation(-1), PELM_ERR_INDEX) << family;
-    EXPECT_EQ(operation(slotCount), PELM_ERR_INDEX) << family;
-    EXPECT_EQ(operation(slotCount - 1), PELM_ERR_NODEVICE) << family;
+  std::map<uint16_t, std::vector<Report>> expected;
+  for (const TwoByteSetter& setter : setters) {
+    EXPECT_EQ(setter.set(kValue), PELM_SUCCESS);
+    expected[setter.productId].push_back(setter.sent);
+  }
+  for (const TwoByteSetter& setter : setters) {
+    const std::vector<Report>& reports = expected[setter.productId];
+    EXPECT_EQ(WaitForSent(*devices[setter.productId], reports.size(), setter.op), reports)
+        << devices[setter.productId]->Description().path;
   }
 }
 
@@ -59,7 +104,7 @@ struct DisconnectedModel {
   Report markerReport;
 };
 
-TEST_F(DisplayModelsTest, DisconnectedPanelsRefuseAllButTheirSilentSetters) {
+TEST_F(EveryModelTest, DisconnectedPanelsRefuseAllButTheirSilentSetters) {
   const std::vector<DisconnectedModel> models = {
       {kRadioId,
        {[](int32_t i) { return PelmRadio_SetBrightness(i, 1); }},
@@ -118,6 +163,77 @@ TEST_F(DisplayModelsTest, DisconnectedPanelsRefuseAllButTheirSilentSetters) {
   }
 }
 
+// The switch and indicator models: a panel that has gone keeps its slot and
+// refuses every operation but the brightness setter. The getters write here.
+uint8_t outBytes[7];
+int16_t outValues[4];
+uint32_t outCount;
+
+struct GoneModel {
+  const char* family;
+  uint16_t productId;
+  uint32_t (*devices)();
+  // The statuses of the brightness setter, a lamp setter and a control getter.
+  std::function<std::vector<int32_t>(int32_t index)> statuses;
+  int32_t brightnessWhenGone;
+};
+
+const GoneModel kGoneModels[] = {
+    {"PelmKnobs", sim::KnobPanel::kProductId, PelmKnobs_GetNumDevices,
+     [](int32_t i) -> std::vector<int32_t> {
+       return {PelmKnobs_SetBrightness(i, 1), PelmKnobs_SetIndicators(i, 1),
+               PelmKnobs_GetControlVals(i, &outValues[0], &outValues[1], &outValues[2], &outValues[3], outBytes)};
+     },
+     PELM_SUCCESS},
+    {"PelmGear", sim::GearPanel::kProductId, PelmGear_GetNumDevices,
+     [](int32_t i) -> std::vector<int32_t> {
+       return {PelmGear_SetBrightness(i, 1), PelmGear_SetIndicators(i, 1), PelmGear_GetControlVals(i, outValues, outBytes)};
+     },
+     PELM_SUCCESS},
+    {"PelmKeypad", sim::KeypadPanel::kProductId, PelmKeypad_GetNumDevices,
+     [](int32_t i) -> std::vector<int32_t> {
+       return {PelmKeypad_SetBrightness(i, 1), PelmKeypad_SetIndicators(i, 1), PelmKeypad_GetKeycodes(i, outBytes, &outCount)};
+     },
+     PELM_SUCCESS},
+    {"PelmIoBoard", sim::IoBoardPanel::kProductId, PelmIoBoard_GetNumDevices,
+     [](int32_t i) -> std::vector<int32_t> {
+       return {PelmIoBoard_SetBrightness(i, 1), PelmIoBoard_SetIndicators(i, 1, 1, 1, 1),
+               PelmIoBoard_GetSwitchVals(i, &outBytes[0], &outBytes[1], &outBytes[2], &outBytes[3], &outBytes[4], &outBytes[5], &outBytes[6])};
+     },
+     PELM_ERR_UNSUPPORTED},  // the board has no brightness at all
+    {"PelmGear2", sim::Gear2Panel::kProductId, PelmGear2_GetNumDevices,
+     [](int32_t i) -> std::vector<int32_t> {
+       return {PelmGear2_SetBrightness(i, 1), PelmGear2_SetIndicators(i, 1),
+               PelmGear2_GetControlVals(i, &outValues[0], &outValues[1], &outValues[2], outBytes)};
+     },
+     PELM_SUCCESS},
+    {"PelmWarning", sim::WarningPanel::kProductId, PelmWarning_GetNumDevices,
+     [](int32_t i) -> std::vector<int32_t> {
+       return {PelmWarning_SetBrightness(i, 1), PelmWarning_SetIndColorValue(i, 1, 1),
+               PelmWarning_GetControlVals(i, outBytes)};
+     },
+     PELM_SUCCESS},
+};
+
+TEST_F(EveryModelTest, APanelThatHasGoneKeepsItsSlotAndIsRefused) {
+  for (const GoneModel& model : kGoneModels) {
+    SCOPED_TRACE(model.family);
+    Plug(model.productId, 1);
+    auto gone = Plug(model.productId, 2);
+    PelmDev_Init(kHostInstance);
+    ASSERT_EQ(model.devices(), 2u);
+    Disconnect(*gone);
+    const std::size_t sentBefore = gone->CountOf(sim::LogOp::SetFeature) + gone->CountOf(sim::LogOp::WriteOutput);
+    EXPECT_EQ(model.devices(), 1u);
+    const std::vector<int32_t> refused = {model.brightnessWhenGone, PELM_ERR_NODEVICE, PELM_ERR_NODEVICE};
+    EXPECT_EQ(model.statuses(1), refused);
+    EXPECT_EQ(gone->CountOf(sim::LogOp::SetFeature) + gone->CountOf(sim::LogOp::WriteOutput), sentBefore);
+    EXPECT_EQ(model.statuses(0).back(), PELM_SUCCESS);
+    PelmDev_Terminate();
+    bus().Reset();
+  }
+}
+
 // The attempts at the device: (brightness level, succeeded).
 using Attempts = std::vector<std::pair<uint8_t, bool>>;
 
@@ -130,7 +246,7 @@ struct WriterCase {
   Attempts attempts;
 };
 
-TEST_F(DisplayModelsTest, EachModelSendsThroughItsOwnWriterVariant) {
+TEST_F(EveryModelTest, EachModelSendsThroughItsOwnWriterVariant) {
   // Three sends fail, while levels 1 to 4 are queued.
   const Attempts dropped = {{1, false}, {2, false}, {3, false}, {4, true}};
   const Attempts retried = {{1, false}, {1, false}, {1, false}, {1, true}, {2, true}, {3, true}, {4, true}};
@@ -169,35 +285,6 @@ TEST_F(DisplayModelsTest, EachModelSendsThroughItsOwnWriterVariant) {
   }
 }
 
-TEST_F(DisplayModelsTest, ASetterIsRefusedOnceTwentyFiveReportsWait) {
-  constexpr int kCalls = 30;
-  const std::vector<std::pair<uint16_t, std::function<int32_t()>>> cases = {
-      {kRadioId, [] { return PelmRadio_SetLDisplayText(0, kText); }},
-      {kAlphaId, [] { return PelmAlpha_SetNumericSegments(0, kSegments); }},
-      {kAlpha2Id, [] { return PelmAlpha2_SetAlphaSegments(0, kGlyphs); }},
-      {kSquawkId, [] { return PelmSquawk_SetDigit(0, kText); }},
-      {kAutopilotId, [] { return PelmAutopilot_SetDDisplayText(0, kText); }},
-      {kAutopilot2Id, [] { return PelmAutopilot2_SetIndicators(0, 7); }},
-  };
-  for (const auto& [productId, setter] : cases) {
-    auto device = PlugAndInit(productId);
-    SCOPED_TRACE(device->Description().path);
-    device->SetOperationDelay(200ms);  // holds the writer in its first send
-    std::vector<int32_t> statuses;
-    for (int call = 0; call < kCalls; ++call) statuses.push_back(setter());
-    // The writer may or may not have taken the first report off the queue yet.
-    const auto accepted = static_cast<std::size_t>(std::count(statuses.begin(), statuses.end(), PELM_SUCCESS));
-    EXPECT_TRUE(accepted == 25 || accepted == 26) << accepted;
-    EXPECT_TRUE(std::all_of(statuses.begin() + accepted, statuses.end(),
-                            [](int32_t status) { return status == PELM_ERR_QUEUE; }));
-    device->SetOperationDelay(0ms);
-    EXPECT_EQ(WaitForSent(*device, accepted).size(), accepted);
-    PelmDev_Terminate();
-    EXPECT_EQ(device->CountOf(LogOp::SetFeature), accepted);  // the refused ones were never sent
-    bus().Reset();
-  }
-}
-
 // A feature-report getter seen through a 32-bit variable, so that one table
 // holds getters of every width. The variable changes only where the typed one did.
 using Getter = std::function<int32_t(uint32_t* value)>;
@@ -221,7 +308,7 @@ struct GetterCase {
   uint32_t value;
 };
 
-TEST_F(DisplayModelsTest, FeatureGettersReadBackWhatWasSetAndReportFailures) {
+TEST_F(EveryModelTest, FeatureGettersReadBackWhatWasSetAndReportFailures) {
   const std::vector<GetterCase> cases = {
       {kRadioId, [](uint32_t v) { return PelmRadio_SetBrightness(0, v); }, Widened(PelmRadio_GetBrightness), 9},
       {kRadioId, [](uint32_t v) { return PelmRadio_SetIndicators(0, v); }, Widened(PelmRadio_GetIndicators_stdcall),
@@ -252,21 +339,6 @@ TEST_F(DisplayModelsTest, FeatureGettersReadBackWhatWasSetAndReportFailures) {
     EXPECT_EQ(value, kUntouched);
     PelmDev_Terminate();
     bus().Reset();
-  }
-}
-
-TEST_F(DisplayModelsTest, OnlyTheRadioAndTheSecondAutopilotPanelReadTheirSerialNumber) {
-  for (const auto& [productId, typeCode, serial] : std::vector<std::tuple<uint16_t, int32_t, std::string>>{
-           {kRadioId, PELM_MODEL_RADIO, "AB12"}, {kAutopilot2Id, PELM_MODEL_AUTOPILOT2, "AB12"},
-           {kAutopilotId, PELM_MODEL_AUTOPILOT, ""}, {kSquawkId, PELM_MODEL_SQUAWK, ""}}) {
-    sim::DeviceDescription description = PanelDescription(productId, 1);
-    description.serialNumber = u"AB12";
-    bus().Plug(description);
-    PelmDev_Init(nullptr);
-    PelmDevInfo2 info{};
-    info.structSize = sizeof info;
-    ASSERT_EQ(PelmDev_GetDeviceInfo2(typeCode, 0, &info), PELM_SUCCESS);
-    EXPECT_EQ(std::string(info.serialNumber), serial) << description.path;
   }
 }
 

@@ -1,6 +1,6 @@
 #pragma once
-// Helpers for the display models' tests: setter tables, waiting for the
-// writer's sends and for input callbacks, and taking a panel away and back.
+// Helpers for the model tests: setter tables, waiting for the writer's sends
+// and for input callbacks, and taking a panel away and back.
 
 #include <functional>
 #include <string>
@@ -31,7 +31,7 @@ struct SetterCase {
   sim::Report sent;
 };
 
-class DisplayTest : public LibraryTest {
+class ModelTest : public LibraryTest {
  protected:
   std::shared_ptr<sim::SimDevice> PlugAndInit(uint16_t productId, uint16_t version = 0x0100) {
     sim::DeviceDescription description = PanelDescription(productId, 1);
