@@ -82,14 +82,15 @@ vm-test:
 	@testbed/vm/run-desktop --rule build/debug/70-pelmdev.rules --panel-server build/debug/testbed/pelm-panel-server \
 	  build/debug/tests/desktop/pelm_desktop_tests --gtest_color=no
 
-# The 64-bit DLL as a Windows host runs it: under Wine in the desktop VM, on
-# uhid panels the panel server makes. The first run prepares and caches the
-# Wine prefix under /var/cache/pelmdev. (`tests/wine/run` also takes a 32-bit
-# build, 32:build/win32, whose Wine runs from an i386 root: not yet working.)
+# Both DLLs as a Windows host runs them: under Wine in the desktop VM, on uhid
+# panels the panel server makes; the 32-bit one under wine32 from an i386 root.
+# The first run prepares and caches the root and the prefixes under
+# /var/cache/pelmdev.
 wine-test:
 	@cmake --preset debug >/dev/null && cmake --build --preset debug --target pelm-panel-server
+	@cmake --preset win32 >/dev/null && cmake --build --preset win32 --target PELMDEV pelm_wine_tests
 	@cmake --preset win64 >/dev/null && cmake --build --preset win64 --target PELMDEV pelm_wine_tests
-	@tests/wine/run build/debug/testbed/pelm-panel-server 64:build/win64
+	@tests/wine/run build/debug/testbed/pelm-panel-server 32:build/win32 64:build/win64
 
 demo: demo-deps
 	@cmake --preset demo >/dev/null
