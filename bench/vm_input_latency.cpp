@@ -34,7 +34,7 @@
 #include "bench/vm_init_time.h"
 #include "core/pelm_dev.h"
 #include "tests/models_under_test.h"
-#include "tests/vm/vm_cockpit.h"
+#include "testbed/uhid/uhid_cockpit.h"
 
 namespace {
 

@@ -15,7 +15,7 @@
 
 #include "platform/sim/panel.h"
 #include "testbed/panel_server/hex_text.h"
-#include "tests/vm/vm_cockpit.h"
+#include "testbed/uhid/uhid_cockpit.h"
 
 namespace pelm::testbed {
 namespace {

@@ -7,7 +7,7 @@
 #include <mutex>
 #include <string>
 
-#include "tests/vm/uhid_panel.h"
+#include "testbed/uhid/uhid_panel.h"
 
 namespace pelm::testbed {
 

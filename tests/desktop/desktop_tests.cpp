@@ -20,7 +20,7 @@
 #include "core/pelm_dev.h"
 #include "core/pelm_dev_ext.h"
 #include "testbed/panel_server/panel_client.h"
-#include "tests/vm/vm_cockpit.h"
+#include "testbed/uhid/uhid_cockpit.h"
 
 namespace pelm::desktop {
 namespace {

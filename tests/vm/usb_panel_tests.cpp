@@ -18,7 +18,7 @@
 #include "platform/sim/panel.h"
 #include "testbed/panel_report_descriptor.h"
 #include "testbed/usb/gadget_panel.h"
-#include "tests/vm/vm_cockpit.h"
+#include "testbed/uhid/uhid_cockpit.h"
 #include "tests/vm/vm_models.h"
 
 namespace pelm::vm {

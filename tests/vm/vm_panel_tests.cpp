@@ -17,7 +17,7 @@
 
 #include "core/pelm_dev.h"
 #include "core/pelm_dev_ext.h"
-#include "tests/vm/vm_cockpit.h"
+#include "testbed/uhid/uhid_cockpit.h"
 #include "tests/vm/vm_models.h"
 
 namespace pelm::vm {

@@ -1,4 +1,4 @@
-#include "tests/vm/uhid_panel.h"
+#include "testbed/uhid/uhid_panel.h"
 
 #include <fcntl.h>
 #include <linux/input.h>

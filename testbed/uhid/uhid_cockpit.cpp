@@ -1,4 +1,4 @@
-#include "tests/vm/vm_cockpit.h"
+#include "testbed/uhid/uhid_cockpit.h"
 
 #include <filesystem>
 #include <system_error>

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/vm/uhid_panel.h"
+#include "testbed/uhid/uhid_panel.h"
 
 namespace pelm::vm {
 
