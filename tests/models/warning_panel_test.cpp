@@ -83,7 +83,6 @@ TEST_F(WarningPanelTest, ColourIndicesAtFullBrightness) {
     EXPECT_EQ(stored, color);
   }
   EXPECT_EQ(SentAfterOpen(*device, kColorIndexCount), expected);
-  EXPECT_EQ(device->PanelAs<WarningPanel>().IndicatorColor(1), (WarningPanel::Components{100, 100, 1}));
 }
 
 TEST_F(WarningPanelTest, ABrightnessChangeResendsEveryIndicatorFromItsColourIndex) {
