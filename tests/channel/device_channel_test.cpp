@@ -3,9 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <thread>
-
 #include "support/sim_fixture.h"
 #include "support/test_record.h"
 
@@ -126,29 +123,6 @@ TEST_F(DeviceChannelTest, RestartOpensAFreshHandleAndKeepsTheRecord) {
   EXPECT_EQ(device->CountOf(sim::LogOp::GetFeature), 1u);
   device->InjectInput({0, 3});
   EXPECT_TRUE(WaitUntil([&] { return record->Inputs().size() == 1; }));
-}
-
-TEST_F(DeviceChannelTest, ThousandStartStopCyclesWithTrafficLeakNothing) {
-  auto device = bus().Plug(PanelDescription(kTestProductId, 1));
-  RecordPtr record = OpenTestRecord(device->Description().path, TestParams(WriterVariant::Retrying));
-  std::atomic<bool> done{false};
-  std::thread traffic([&] {
-    while (!done) device->InjectInput({0, 1, 2});
-  });
-  for (int cycle = 0; cycle < 1000; ++cycle) {
-    record->BuildAndQueue(2, ReportKind::Feature, [cycle](uint8_t* report) {
-      report[0] = 3;
-      report[1] = static_cast<uint8_t>(cycle);
-    });
-    record->StopThreads();
-    record->StartThreads();
-  }
-  done = true;
-  traffic.join();
-  record->StopThreads();
-  EXPECT_EQ(record->PendingReports(), 0u);
-  EXPECT_EQ(device->OpenHandles(), 0);
-  EXPECT_FALSE(record->Inputs().empty());
 }
 
 }  // namespace
