@@ -24,7 +24,6 @@ TEST_F(DeviceChannelTest, OpenIdentifiesTheDeviceAndMakesTheOpenTimeRead) {
 
   EXPECT_EQ(record->DevicePath(), UpperCasePath(description.path.c_str()));
   EXPECT_TRUE(record->Identified());
-  EXPECT_EQ(record->Caps().inputReportByteLength, 5);
   EXPECT_EQ(record->Caps().featureReportByteLength, 9);
   EXPECT_EQ(record->Attributes().versionNumber, 0x0123);
   EXPECT_EQ(record->SerialNumber(), "AB12");

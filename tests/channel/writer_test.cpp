@@ -172,16 +172,6 @@ TEST_P(WriterTest, AnIdleWriterSleepsAndEachReportWakesItOnce) {
 INSTANTIATE_TEST_SUITE_P(Writers, WriterTest, testing::ValuesIn(kWriterCases),
                          [](const testing::TestParamInfo<WriterCase>& info) { return info.param.name; });
 
-TEST_F(ChannelTest, ModelsWithoutAWriterStartNoWriterThread) {
-  Plug();
-  channel = OpenRecord(Path(), WriterVariant::None);
-  ASSERT_TRUE(Queue({3, 1}, ReportKind::Feature));
-  channel->StopThreads();
-  // Nobody sends: the report stays until the record is closed.
-  EXPECT_EQ(device->CountOf(LogOp::SetFeature), 0u);
-  EXPECT_EQ(channel->PendingReports(), 1u);
-}
-
 // A class-based device sends each report as its kind says, on its own handle.
 TEST_F(ChannelTest, AClassBasedDeviceSendsEachReportKindWithItsOwnCall) {
   Plug({6, 5, 2});

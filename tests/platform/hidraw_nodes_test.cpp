@@ -161,29 +161,6 @@ class HidrawNodesTest : public ::testing::Test {
   std::vector<SeenEvent> seen_;
 };
 
-// Nodes come in number order, each described from its HID device and the USB
-// device above it; a virtual device without a physical path is named by its
-// HID device, and a node whose identity cannot be read is left out.
-TEST_F(HidrawNodesTest, AScanDescribesEachNodeFromItsHidDeviceAndUsbParent) {
-  const std::string radioDevpath =
-      AddUsbNode("hidraw10", "0003:FFF0:0050.0007", PanelUevent("0050", "usb-0000:00:14.0-2/input0", "RP0042"), "0123");
-  AddUsbNode("hidraw2", "0006:FFF0:0010.0002", "HID_ID=0006:0000FFF0:00000010\nHID_PHYS=\n", "");
-  AddUsbNode("hidraw5", "0003:FFF0:0040.0005", "HID_ID=garbage\n");
-  const std::vector<HidrawNode> nodes = ScanHidrawNodes(root.string());
-  ASSERT_EQ(nodes.size(), 2u);
-  EXPECT_EQ(nodes[0].node, "hidraw2");
-  EXPECT_EQ(nodes[0].path, "HIDRAW:FFF0:0010:0006:FFF0:0010.0002");
-  EXPECT_EQ(nodes[0].versionNumber, 0);
-  const HidrawNode& radio = nodes[1];
-  EXPECT_EQ(radio.node, "hidraw10");
-  EXPECT_EQ(radio.devpath, radioDevpath);
-  EXPECT_EQ(radio.vendorId, 0xFFF0);
-  EXPECT_EQ(radio.productId, 0x0050);
-  EXPECT_EQ(radio.versionNumber, 0x0123);
-  EXPECT_EQ(radio.uniq, "RP0042");
-  EXPECT_EQ(radio.path, kRadioPath);
-}
-
 TEST_F(HidrawNodesTest, EveryFormOfAddAndRemoveBecomesAnArrivalAndARemoval) {
   const struct {
     UeventGroup group;
@@ -306,7 +283,9 @@ TEST_F(HidrawNodesTest, TheNodeMapFollowsTheKernelsEventsAndScansOnlyWhenTheyWer
 // Panels that their HID devices do not tell apart by physical path (all
 // Bluetooth panels on one adapter; uhid devices made with one phys) still get
 // one path each: the serial number when the bus is not USB, else the HID
-// device's sysfs name for all but the first.
+// device's sysfs name for all but the first. A virtual device without any
+// physical path is named by its HID device; a node whose identity cannot be
+// read is left out. Nodes come in number order.
 TEST_F(HidrawNodesTest, PanelsThatShareAPhysicalPathGetDistinctPaths) {
   const std::string adapter = "00:1a:7d:da:71:13";
   const auto bluetooth = [](const std::string& phys, const std::string& uniq) {
@@ -316,13 +295,16 @@ TEST_F(HidrawNodesTest, PanelsThatShareAPhysicalPathGetDistinctPaths) {
   AddUsbNode("hidraw2", "0005:FFF0:0050.0002", bluetooth(adapter, "c4:11:00:00:00:02"), "");
   AddUsbNode("hidraw3", "0003:FFF0:0020.0003", PanelUevent("0020", "virtual-panel"), "");
   AddUsbNode("hidraw4", "0003:FFF0:0020.0004", PanelUevent("0020", "virtual-panel"), "");
+  AddUsbNode("hidraw10", "0006:FFF0:0010.000A", "HID_ID=0006:0000FFF0:00000010\nHID_PHYS=\n", "");
+  AddUsbNode("hidraw9", "0003:FFF0:0040.0009", "HID_ID=garbage\n");
   NodeMap nodes(root.string(), std::make_unique<FakeUeventSource>());
   std::vector<std::string> paths;
   for (const HidrawNode& node : nodes.Rescan()) paths.push_back(node.path);
   EXPECT_EQ(paths, (std::vector<std::string>{"HIDRAW:FFF0:0050:00:1A:7D:DA:71:13/C4:11:00:00:00:01",
                                              "HIDRAW:FFF0:0050:00:1A:7D:DA:71:13/C4:11:00:00:00:02",
                                              "HIDRAW:FFF0:0020:VIRTUAL-PANEL",
-                                             "HIDRAW:FFF0:0020:VIRTUAL-PANEL#0003:FFF0:0020.0004"}));
+                                             "HIDRAW:FFF0:0020:VIRTUAL-PANEL#0003:FFF0:0020.0004",
+                                             "HIDRAW:FFF0:0010:0006:FFF0:0010.000A"}));
   // The first keeps its path when the second comes back, and gets it back
   // when it comes back itself.
   RemoveUsbNode("hidraw4");

@@ -45,15 +45,12 @@ class PelmctlCommandLine : public pelm::test::SimTest {
   int handOffs_ = 0;
 };
 
-TEST_F(PelmctlCommandLine, HelpAndVersionSucceed) {
+TEST_F(PelmctlCommandLine, HelpNamesEveryCommand) {
   const Outcome help = Run({"--help"});
   EXPECT_EQ(help.status, kExitSuccess);
   for (const char* command : {"list", "monitor", "set", "get", "demo", "--sim"}) {
     EXPECT_NE(help.out.find(command), std::string::npos) << command;
   }
-  const Outcome setHelp = Run({"set", "--help"});
-  EXPECT_NE(setHelp.out.find("ind-color-value INDICATOR COLOR"), std::string::npos);
-  EXPECT_NE(Run({"--version"}).out.find("pelmctl "), std::string::npos);
 }
 
 TEST_F(PelmctlCommandLine, WrongCommandLinesExitWithUsageStatusAndSayWhy) {
