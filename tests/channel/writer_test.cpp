@@ -24,6 +24,7 @@ using sim::Report;
 class ClassBasedDevice : public cPelmHidDevice {
  public:
   explicit ClassBasedDevice(const char* path) : cPelmHidDevice(path, PELM_MODEL_ENGINESTART, 2) {}
+  ~ClassBasedDevice() override { Close(); }
 
   uint32_t OnInputReport(const uint8_t*, uint32_t bytesRead) override {
     std::lock_guard hold(mutex_);
@@ -40,21 +41,12 @@ class ClassBasedDevice : public cPelmHidDevice {
   std::vector<uint32_t> byteCounts_;
 };
 
-using ChannelPtr = std::unique_ptr<cHidChannel, std::function<void(cHidChannel*)>>;
-
-ChannelPtr OpenRecord(const std::string& path, WriterVariant writer) {
-  return ChannelPtr(OpenTestRecord(path, TestParams(writer)).release(),
-                    [](cHidChannel* channel) { RecordDeleter()(static_cast<TestRecord*>(channel)); });
-}
+using ChannelPtr = std::unique_ptr<cHidChannel>;
 
 ChannelPtr OpenClassBased(const std::string& path) {
-  auto* object = new ClassBasedDevice(path.c_str());
+  auto object = std::make_unique<ClassBasedDevice>(path.c_str());
   object->Open();
-  return ChannelPtr(object, [](cHidChannel* channel) {
-    auto* owned = static_cast<ClassBasedDevice*>(channel);
-    owned->Close();
-    delete owned;
-  });
+  return object;
 }
 
 class ChannelTest : public SimTest {
@@ -96,7 +88,7 @@ struct WriterCase {
 // Both send on the writer's own handle (synchronous); a record drains on its
 // main handle (overlapped), a class-based device on its own.
 const WriterCase kWriterCases[] = {
-    {"Retrying", [](const std::string& path) { return OpenRecord(path, WriterVariant::Retrying); },
+    {"Retrying", [](const std::string& path) { return OpenTestRecord(path, TestParams(WriterVariant::Retrying)); },
      ReportKind::Feature, LogOp::SetFeature, 25, platform::OpenMode::Overlapped},
     {"ClassBased", OpenClassBased, ReportKind::Output, LogOp::WriteOutput, 100, platform::OpenMode::Synchronous},
 };

@@ -1,8 +1,9 @@
 #pragma once
 // A function-based record with a made-up model, for exercising the channel.
 
-#include <atomic>
+#include <memory>
 #include <mutex>
+#include <string>
 #include <vector>
 
 #include "channel/device_record.h"
@@ -16,6 +17,8 @@ inline constexpr uint32_t kTestOpenReportLength = 4;
 class TestRecord : public cPelmDeviceRecord {
  public:
   TestRecord(const char* path, const RecordParams& params) : cPelmDeviceRecord(path, params) {}
+  // Closed as its owner closes it, before it goes.
+  ~TestRecord() override { Close(); }
 
   std::vector<std::vector<uint8_t>> Inputs() {
     std::lock_guard hold(mutex_);
@@ -58,20 +61,12 @@ inline RecordParams TestParams(WriterVariant writer, bool readsSerial = false) {
   return params;
 }
 
-// Opens a record the way the library's "create" operation does, with closing
-// and release on scope exit.
-struct RecordDeleter {
-  void operator()(TestRecord* record) const {
-    record->Close();
-    delete record;
-  }
-};
-using RecordPtr = std::unique_ptr<TestRecord, RecordDeleter>;
-
+// Opens a record the way the library's "create" operation does.
+using RecordPtr = std::unique_ptr<TestRecord>;
 inline RecordPtr OpenTestRecord(const std::string& path, const RecordParams& params) {
-  auto* record = new TestRecord(path.c_str(), params);
+  auto record = std::make_unique<TestRecord>(path.c_str(), params);
   record->Open();
-  return RecordPtr(record);
+  return record;
 }
 
 }  // namespace pelm::test

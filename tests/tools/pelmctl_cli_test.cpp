@@ -10,10 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "core/pelm_dev.h"
 #include "support/sim_fixture.h"
 #include "tools/pelmctl/cli.h"
-#include "tools/pelmctl/input_decoding.h"
 #include "tools/pelmctl/monitor.h"
 #include "tools/pelmctl/sim_session.h"
 
@@ -106,15 +104,6 @@ TEST_F(PelmctlCommandLine, MonitorShowsTheSimulatedPilotsInputs) {
   const MonitorCounts counts = RunMonitor({kSeconds}, &simulation_, stop, out);
   EXPECT_GE(counts.inputs, 1);
   EXPECT_NE(out.str().find("input    radio 0: dial1=3 dial2=0 switches=0x00"), std::string::npos) << out.str();
-}
-
-TEST(PelmctlInputDecoding, ReadsEachModelsRecord) {
-  const std::array<uint8_t, 5> radio = {3, 0, 0xFF, 0xFF, 0x05};
-  EXPECT_EQ(FormatValues(DecodeInputRecord(PELM_MODEL_RADIO, radio.data())), "dial1=3 dial2=-1 switches=0x05");
-  const std::array<uint8_t, 7> throttle = {0, 64, 128, 192, 255, 1, 0x80};
-  EXPECT_EQ(FormatValues(DecodeInputRecord(PELM_MODEL_THROTTLE, throttle.data())),
-            "lever1=0 lever2=64 lever3=128 lever4=192 lever5=255 lever6=1 switches=0x80");
-  EXPECT_TRUE(DecodeInputRecord(16, radio.data()).empty());
 }
 
 TEST(PelmctlProgram, ListsTheSimulatedCockpitEndToEnd) {
