@@ -151,16 +151,6 @@ TEST_P(WriterTest, StopSendsEveryPendingReportOnceOnItsDrainHandle) {
   EXPECT_EQ(sends.back().mode, GetParam().drainMode);
 }
 
-TEST_P(WriterTest, AnIdleWriterSleepsAndEachReportWakesItOnce) {
-  for (uint8_t n = 1; n <= 2; ++n) {
-    ASSERT_TRUE(Queue(n));
-    ASSERT_TRUE(WaitForSent(n));
-    EXPECT_EQ(channel->WriterPasses(), n);
-  }
-  // A writer that looked at its queue on a timer would pass dozens of times here.
-  EXPECT_FALSE(WaitUntil([&] { return channel->WriterPasses() != 2; }, 300ms));
-}
-
 INSTANTIATE_TEST_SUITE_P(Writers, WriterTest, testing::ValuesIn(kWriterCases),
                          [](const testing::TestParamInfo<WriterCase>& info) { return info.param.name; });
 

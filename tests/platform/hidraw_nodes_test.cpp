@@ -36,10 +36,6 @@ std::string Properties(const std::vector<std::string>& pairs) {
   return properties;
 }
 
-std::string KernelMessage(const std::string& action, const std::string& devpath, const std::string& properties) {
-  return action + "@" + devpath + '\0' + properties;
-}
-
 // "libudev", udevd's header (the properties' offset at byte 16, their length
 // at 20), then the properties.
 std::string UdevMessage(const std::string& properties) {
@@ -57,7 +53,7 @@ UeventDatagram KernelEvent(const std::string& action, const std::string& devpath
                            const std::string& node = "") {
   std::vector<std::string> pairs = {"ACTION=" + action, "DEVPATH=" + devpath, "SUBSYSTEM=" + subsystem};
   if (!node.empty()) pairs.push_back("DEVNAME=" + node);
-  return {KernelMessage(action, devpath, Properties(pairs)), 0, kKernelGroup, 0};
+  return {action + "@" + devpath + '\0' + Properties(pairs), 0, kKernelGroup, 0};
 }
 
 // A hidraw node's event as udevd (root) re-broadcasts it: the node named by its
@@ -348,7 +344,7 @@ TEST(UeventMessageTest, MalformedMessagesAreRefused) {
   const std::vector<std::string> bad = {
       "",
       "no header at all",
-      KernelMessage("add", "/devices/x", Properties({"DEVPATH=/devices/x"})),  // no ACTION or SUBSYSTEM
+      std::string("add@/devices/x") + '\0' + "DEVPATH=/devices/x",  // no ACTION or SUBSYSTEM
       std::string("libudev\0\0\0\0\0\0\0\0\0\xff\xff\0\0\x10\0\0\0", 24),  // offset past the end
   };
   for (const std::string& message : bad) EXPECT_FALSE(ParseUeventMessage(message.data(), message.size()));
