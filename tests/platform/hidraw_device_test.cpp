@@ -85,11 +85,9 @@ class ShortAnsweringDevice : public HidrawDevice {
 
 TEST_F(HidrawDeviceTest, AFeatureReadIsGoodOnlyWhenTheDeviceGaveEveryByteAskedFor) {
   uint8_t report[4] = {2};
+  constexpr int kNoNode = -1;  // the answer never comes from a node
   for (const auto& [answered, good] : {std::pair{4, true}, {3, false}, {1, false}, {0, false}, {-1, false}}) {
-    int ends[2];
-    ASSERT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends), 0);
-    close(ends[1]);
-    EXPECT_EQ(ShortAnsweringDevice(ends[0], answered).GetFeature(report, sizeof report), good) << answered << " bytes";
+    EXPECT_EQ(ShortAnsweringDevice(kNoNode, answered).GetFeature(report, sizeof report), good) << answered << " bytes";
   }
 }
 
