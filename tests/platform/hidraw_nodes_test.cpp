@@ -158,24 +158,19 @@ class HidrawNodesTest : public ::testing::Test {
 };
 
 TEST_F(HidrawNodesTest, EveryFormOfAddAndRemoveBecomesAnArrivalAndARemoval) {
-  const struct {
-    UeventGroup group;
-    UeventDatagram (*make)(const std::string& action, const std::string& devpath, const std::string& node);
-  } forms[] = {
-      {UeventGroup::Kernel, [](const std::string& action, const std::string& devpath, const std::string& node) {
-         return KernelEvent(action, devpath, "hidraw", node);
-       }},
-      {UeventGroup::Udev, UdevdEvent},
-  };
-  for (const auto& form : forms) {
-    SCOPED_TRACE(form.group == UeventGroup::Kernel ? "kernel" : "udevd");
+  for (const UeventGroup group : {UeventGroup::Kernel, UeventGroup::Udev}) {
+    SCOPED_TRACE(group == UeventGroup::Kernel ? "kernel" : "udevd");
     seen_.clear();
-    StartWatch(form.group);
+    StartWatch(group);
     const std::string devpath = PlugRadio();
-    source_->Push(form.make("add", devpath, "hidraw3"));
+    const auto event = [&](const std::string& action) {
+      return group == UeventGroup::Kernel ? KernelEvent(action, devpath, "hidraw", "hidraw3")
+                                          : UdevdEvent(action, devpath, "hidraw3");
+    };
+    source_->Push(event("add"));
     EXPECT_EQ(watch_->DispatchPending(), 1u);
     RemoveUsbNode("hidraw3");
-    source_->Push(form.make("remove", devpath, "hidraw3"));
+    source_->Push(event("remove"));
     EXPECT_EQ(watch_->DispatchPending(), 1u);
     EXPECT_EQ(seen_, (std::vector<SeenEvent>{{platform::DeviceEvent::Arrival, kRadioPath},
                                              {platform::DeviceEvent::Removal, kRadioPath}}));
