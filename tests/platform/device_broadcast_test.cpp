@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -28,55 +29,38 @@ std::vector<uint8_t> Broadcast(const std::string& path, bool wide, uint32_t devi
   return bytes;
 }
 
-using PathBuffer = std::array<char, 260>;
-
-TEST(DeviceBroadcastTest, BothFormsGiveThePath) {
-  for (const bool wide : {false, true}) {
-    SCOPED_TRACE(wide ? "UTF-16" : "8-bit");
-    PathBuffer path;
-    ASSERT_TRUE(ReadDeviceInterfacePath(Broadcast(kPath, wide), path));
-    EXPECT_EQ(std::string(path.data()), kPath);
-  }
+// The path the broadcast gives, or nullopt when it is refused.
+std::optional<std::string> PathIn(std::span<const uint8_t> broadcast) {
+  std::array<char, 260> path;
+  if (!ReadDeviceInterfacePath(broadcast, path)) return std::nullopt;
+  return std::string(path.data());
 }
 
-TEST(DeviceBroadcastTest, AnOddSizeEndsInsideTheLastUnit) {
-  std::vector<uint8_t> bytes = Broadcast(kPath, true);
-  bytes.push_back(0xAB);
-  PathBuffer path;
-  ASSERT_TRUE(ReadDeviceInterfacePath(bytes, path));
-  EXPECT_EQ(std::string(path.data()), kPath);
-  // An odd size that cuts the terminator leaves the path unterminated.
-  EXPECT_FALSE(ReadDeviceInterfacePath(std::span(bytes).first(bytes.size() - 2), path));
-}
-
-TEST(DeviceBroadcastTest, APathMustFitTheBufferWithItsTerminator) {
+TEST(DeviceBroadcastTest, EitherFormGivesAWholePathThatFitsAndNothingElse) {
   const std::string longest = R"(\\?\)" + std::string(255, 'A');
-  const std::string tooLong = longest + "A";
-  for (const bool wide : {false, true}) {
-    SCOPED_TRACE(wide ? "UTF-16" : "8-bit");
-    PathBuffer path;
-    ASSERT_TRUE(ReadDeviceInterfacePath(Broadcast(longest, wide), path));
-    EXPECT_EQ(std::string(path.data()), longest);
-    EXPECT_FALSE(ReadDeviceInterfacePath(Broadcast(tooLong, wide), path));
-  }
-}
-
-TEST(DeviceBroadcastTest, BroadcastsWithoutAUsablePathAreRefused) {
-  PathBuffer path;
   for (const bool wide : {false, true}) {
     SCOPED_TRACE(wide ? "UTF-16" : "8-bit");
     const std::vector<uint8_t> whole = Broadcast(kPath, wide);
+    EXPECT_EQ(PathIn(whole), kPath);
+    EXPECT_EQ(PathIn(Broadcast(longest, wide)), longest);
+    EXPECT_EQ(PathIn(Broadcast(longest + "A", wide)), std::nullopt) << "no room for the terminator";
     // Truncated: the size ends inside the path, or before it.
-    EXPECT_FALSE(ReadDeviceInterfacePath(std::span(whole).first(whole.size() - 10), path));
-    EXPECT_FALSE(ReadDeviceInterfacePath(std::span(whole).first(kPathOffset), path));
-    EXPECT_FALSE(ReadDeviceInterfacePath(std::span(whole).first(4), path));
-    EXPECT_FALSE(ReadDeviceInterfacePath(Broadcast(kPath, wide, kPortBroadcast), path));
-    EXPECT_FALSE(ReadDeviceInterfacePath(Broadcast("", wide), path));
+    EXPECT_EQ(PathIn(std::span(whole).first(whole.size() - 10)), std::nullopt);
+    EXPECT_EQ(PathIn(std::span(whole).first(kPathOffset)), std::nullopt);
+    EXPECT_EQ(PathIn(std::span(whole).first(4)), std::nullopt);
+    EXPECT_EQ(PathIn(Broadcast(kPath, wide, kPortBroadcast)), std::nullopt);
+    EXPECT_EQ(PathIn(Broadcast("", wide)), std::nullopt);
   }
+  // An odd size ends inside the last UTF-16 unit; one that cuts the terminator
+  // leaves the path unterminated.
+  std::vector<uint8_t> odd = Broadcast(kPath, true);
+  odd.push_back(0xAB);
+  EXPECT_EQ(PathIn(odd), kPath);
+  EXPECT_EQ(PathIn(std::span(odd).first(odd.size() - 2)), std::nullopt);
   // A UTF-16 character that 8 bits cannot hold.
   std::vector<uint8_t> accented = Broadcast(kPath, true);
   accented[kPathOffset + 2 * 10 + 1] = 0x01;
-  EXPECT_FALSE(ReadDeviceInterfacePath(accented, path));
+  EXPECT_EQ(PathIn(accented), std::nullopt);
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <functional>
 
 namespace pelm::linux_hid {
 namespace {
@@ -46,66 +47,50 @@ class UserMutexTest : public ::testing::Test {
   fs::path tmp;      // stands for /tmp
 };
 
-// A byte through a pipe: the other process has got this far.
-void Signal(int fd) { ASSERT_EQ(write(fd, "x", 1), 1); }
-void AwaitSignal(int fd) {
-  char byte;
-  ASSERT_EQ(read(fd, &byte, 1), 1);
+// Runs `body` in a forked process and gives the status it exited with.
+int InChildProcess(const std::function<int()>& body) {
+  const pid_t child = fork();
+  if (child == 0) _exit(body());
+  int status = 0;
+  if (waitpid(child, &status, 0) != child || !WIFEXITED(status)) return -1;
+  return WEXITSTATUS(status);
 }
 
 TEST_F(UserMutexTest, ProcessesOfOneUserTakeItInTurnAndADeadHoldersLockIsFreed) {
   auto mutex = Open();
   ASSERT_TRUE(mutex->SharedWithOtherProcesses());
-  int held[2], die[2];
-  ASSERT_EQ(pipe(held), 0);
-  ASSERT_EQ(pipe(die), 0);
-  const pid_t holder = fork();
-  if (holder == 0) {
-    auto inChild = Open();
-    if (!inChild->LockFor(1000ms)) _exit(1);
-    Signal(held[1]);
-    AwaitSignal(die[0]);
-    _exit(0);  // dies holding it
-  }
-  AwaitSignal(held[0]);
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_FALSE(mutex->LockFor(100ms));
-  EXPECT_GE(std::chrono::steady_clock::now() - start, 100ms) << "gave up before its deadline";
-  Signal(die[1]);
-  int status = 0;
-  ASSERT_EQ(waitpid(holder, &status, 0), holder);
-  EXPECT_EQ(WEXITSTATUS(status), 0);
-  EXPECT_TRUE(mutex->LockFor(1000ms));
+  EXPECT_EQ(InChildProcess([&] {
+              auto holder = Open();
+              if (!holder->LockFor(1000ms)) return 1;
+              _exit(0);  // dies holding it
+            }),
+            0);
+  ASSERT_TRUE(mutex->LockFor(1000ms));
+  // Held here, it is refused to another process until that one's deadline.
+  EXPECT_EQ(InChildProcess([&] {
+              const auto start = std::chrono::steady_clock::now();
+              if (Open()->LockFor(100ms)) return 1;
+              return std::chrono::steady_clock::now() - start >= 100ms ? 0 : 2;  // 2: gave up early
+            }),
+            0);
   mutex->Unlock();
 }
 
-TEST_F(UserMutexTest, AnotherUsersProcessCanNeitherHoldItNorTouchItsFile) {
+TEST_F(UserMutexTest, AnotherUsersProcessHasItsOwnAndCannotTouchThisUsersFile) {
   if (geteuid() != 0) GTEST_SKIP() << "needs root to run a process as another user";
   auto mine = Open();
   ASSERT_TRUE(mine->SharedWithOtherProcesses());
-  int held[2], done[2];
-  ASSERT_EQ(pipe(held), 0);
-  ASSERT_EQ(pipe(done), 0);
-  const pid_t other = fork();
-  if (other == 0) {
-    if (setgid(kOtherUser) != 0 || setuid(kOtherUser) != 0) _exit(1);
-    auto theirs = Open(kOtherUser);
-    if (!theirs->LockFor(1000ms)) _exit(2);
-    // Root's lock file is out of reach.
-    for (const fs::path& directory : {runUser / "0", tmp / "pelmdev-0"}) {
-      if (open((directory / kLockFile).c_str(), O_RDWR) >= 0) _exit(3);
-    }
-    Signal(held[1]);
-    AwaitSignal(done[0]);
-    _exit(0);
-  }
-  AwaitSignal(held[0]);
-  EXPECT_TRUE(mine->LockFor(100ms)) << "another user holds this user's mutex";
+  ASSERT_TRUE(mine->LockFor(100ms));
+  EXPECT_EQ(InChildProcess([&] {
+              if (setgid(kOtherUser) != 0 || setuid(kOtherUser) != 0) return 1;
+              if (!Open(kOtherUser)->LockFor(1000ms)) return 2;
+              for (const fs::path& directory : {runUser / "0", tmp / "pelmdev-0"}) {
+                if (open((directory / kLockFile).c_str(), O_RDWR) >= 0) return 3;
+              }
+              return 0;
+            }),
+            0);
   mine->Unlock();
-  Signal(done[1]);
-  int status = 0;
-  ASSERT_EQ(waitpid(other, &status, 0), other);
-  EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
 TEST_F(UserMutexTest, TheLockFileGoesOnlyWhereNobodyElseMayWrite) {

