@@ -74,7 +74,7 @@ platform-checks:
 # VM, with udevd and the project's rule, where the tests run as an ordinary
 # user on panels the panel server makes (about twenty seconds).
 vm-test:
-	@echo "=== Linux backend in a VM with uhid and USB panels ==="
+	@echo "=== Linux backend in a VM with USB panels ==="
 	@cmake --build --preset debug --target pelm_vm_tests
 	@tests/vm/run build/debug/tests/vm/pelm_vm_tests --gtest_color=no
 	@echo "=== Linux backend in a desktop VM: udevd, the udev rule, an ordinary user ==="

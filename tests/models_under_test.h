@@ -3,7 +3,9 @@
 // it: its type code, its product ID, its count export and whether the library
 // reads its serial number.
 
+#include <algorithm>
 #include <cstdint>
+#include <iterator>
 
 #include "core/pelm_dev.h"
 
@@ -36,5 +38,11 @@ inline constexpr ModelUnderTest kModels[] = {
     {PELM_MODEL_THROTTLE, 0x0200, PelmThrottle_GetNumDevices, false},
     {PELM_MODEL_IOBOARD, 0x002D, PelmIoBoard_GetNumDevices, false},
 };
+
+// The entry of the model with `typeCode`, which must be one of kModels.
+inline const ModelUnderTest& Model(int32_t typeCode) {
+  return *std::find_if(std::begin(kModels), std::end(kModels),
+                       [typeCode](const ModelUnderTest& model) { return model.typeCode == typeCode; });
+}
 
 }  // namespace pelm::test

@@ -9,10 +9,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
+#include <future>
 #include <memory>
 #include <mutex>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,17 +22,16 @@
 #include "core/pelm_dev_ext.h"
 #include "testbed/panel_server/panel_client.h"
 #include "testbed/uhid/uhid_cockpit.h"
+#include "tests/models_under_test.h"
 
 namespace pelm::desktop {
 namespace {
 
+using test::kModels;
 using testbed::PanelServerClient;
 using vm::HidrawNodeCount;
 using vm::WaitUntil;
 
-// Every model's product ID.
-constexpr uint16_t kEveryProductId[] = {0x0010, 0x0018, 0x0020, 0x0028, 0x002C, 0x002D, 0x0030, 0x0038, 0x003C,
-                                        0x0040, 0x0048, 0x0050, 0x0060, 0x0064, 0x0070, 0x0074, 0x0200, 0x0300};
 constexpr uint16_t kButtonsId = 0x0020, kRadioId = 0x0050, kThrottleId = 0x0200;
 constexpr char kRuleGroup[] = "plugdev";
 constexpr uint8_t kInputReportId = 1;
@@ -113,34 +113,23 @@ class DesktopTest : public ::testing::Test {
 
 std::unique_ptr<PanelServerClient> DesktopTest::server_;
 
-TEST_F(DesktopTest, WithTheRuleInstalledTheUserOpensEveryModel) {
-  for (std::size_t i = 0; i < std::size(kEveryProductId); ++i) server_->Plug(kEveryProductId[i], int(i) + 1);
-  for (std::size_t i = 0; i < std::size(kEveryProductId); ++i) {
-    ASSERT_EQ(NodesReadyFor(int(i) + 1).size(), 1u) << "product " << std::hex << kEveryProductId[i];
+// Terminate must not wait on readers blocked in their nodes, and must close
+// every node.
+TEST_F(DesktopTest, WithTheRuleInstalledTheUserOpensEveryModelAndTerminateClosesThemAll) {
+  constexpr auto kTerminateBound = std::chrono::seconds(30);
+  for (std::size_t i = 0; i < std::size(kModels); ++i) server_->Plug(kModels[i].productId, int(i) + 1);
+  for (std::size_t i = 0; i < std::size(kModels); ++i) {
+    ASSERT_EQ(NodesReadyFor(int(i) + 1).size(), 1u) << "product " << std::hex << kModels[i].productId;
   }
   PelmDev_Init(nullptr);
-  const std::vector<PelmDevExt_PresentPanel> present = PresentPanels();
-  ASSERT_EQ(present.size(), std::size(kEveryProductId));
-  std::set<int32_t> models;
-  for (const PelmDevExt_PresentPanel& panel : present) {
-    SCOPED_TRACE(panel.node);
-    models.insert(panel.modelType);
-    EXPECT_EQ(panel.openInSlot, 1);
-    EXPECT_EQ(panel.openStatus, PELMEXT_OPEN_OK);
+  for (std::size_t i = 0; i < std::size(kModels); ++i) {
+    EXPECT_EQ(kModels[i].count(), 1u) << "model " << kModels[i].typeCode;
+    EXPECT_TRUE(server_->IsOpen(int(i) + 1)) << "model " << kModels[i].typeCode;
   }
-  EXPECT_EQ(models.size(), std::size(kEveryProductId));
-  for (int port = 1; port <= int(std::size(kEveryProductId)); ++port) {
-    EXPECT_TRUE(server_->IsOpen(port))
-        << "port " << port << " (" << server_->Call("node " + std::to_string(port)) << ") is closed; the library says:"
-        << [] {
-             std::string said;
-             for (const PelmDevExt_PresentPanel& panel : PresentPanels()) {
-               said += std::string(" ") + panel.node + " model " + std::to_string(panel.modelType) + " open " +
-                       std::to_string(panel.openInSlot) + " status " + std::to_string(panel.openStatus) + ";";
-             }
-             return said;
-           }();
-  }
+
+  auto terminated = std::async(std::launch::async, [] { PelmDev_Terminate(); });
+  ASSERT_EQ(terminated.wait_for(kTerminateBound), std::future_status::ready) << "Terminate hangs";
+  for (int port = 1; port <= int(std::size(kModels)); ++port) EXPECT_FALSE(server_->IsOpen(port)) << "port " << port;
 }
 
 TEST_F(DesktopTest, APanelTheUserMayNotOpenIsListedWithItsErrorAndTheOthersOpen) {

@@ -36,21 +36,14 @@ using test::kModels;
 using test::ModelUnderTest;
 
 // Every model sits on the port of its position in kModels, counted from 1.
-int PortOf(int32_t typeCode) {
-  for (std::size_t i = 0; i < std::size(kModels); ++i)
-    if (kModels[i].typeCode == typeCode) return static_cast<int>(i) + 1;
-  return -1;
-}
+int PortOf(int32_t typeCode) { return static_cast<int>(&test::Model(typeCode) - kModels) + 1; }
 
 // Two panels declare reports four times as long as usual: the DLL must pad to
 // whatever length a device declares, not to one it assumes.
 constexpr std::size_t kLongReportLength = 32;
-bool DeclaresLongReports(int32_t typeCode) {
-  return typeCode == PELM_MODEL_RADIO || typeCode == PELM_MODEL_KEYPAD;
-}
-
 std::size_t DeviceReportLength(int32_t typeCode) {
-  return DeclaresLongReports(typeCode) ? kLongReportLength : kDefaultReportLength;
+  const bool declaresLong = typeCode == PELM_MODEL_RADIO || typeCode == PELM_MODEL_KEYPAD;
+  return declaresLong ? kLongReportLength : kDefaultReportLength;
 }
 
 // Wine installs each new HID device, slowly under emulation; Init then opens
@@ -63,13 +56,18 @@ constexpr int kForeignPort = 99;
 // Ports of the panels that arrive while the DLL runs.
 constexpr int kArrivingPort = 40;
 constexpr int kArrivingAfterReinitPort = 41;
-constexpr uint16_t kButtonsProductId = 0x0020;
-constexpr uint16_t kRadioProductId = 0x0050;
+const uint16_t kButtonsProductId = test::Model(PELM_MODEL_BUTTONS).productId;
+const uint16_t kRadioProductId = test::Model(PELM_MODEL_RADIO).productId;
 
 std::string Hex4(uint16_t value) {
   char text[8];
   std::snprintf(text, sizeof text, "%04X", value);
   return text;
+}
+
+// How Windows names a device's IDs in its paths.
+std::string UsbIds(uint16_t vendorId, uint16_t productId) {
+  return "VID_" + Hex4(vendorId) + "&PID_" + Hex4(productId);
 }
 
 std::string SerialFor(int port) { return "WINE-SN-" + std::to_string(port); }
@@ -87,8 +85,10 @@ struct Event {
 };
 std::mutex recordMutex;
 std::vector<Event> connectEvents;
-std::vector<int32_t> cdeclInputModels;
-std::vector<int32_t> stdcallInputModels;
+// One bit per model type code an input callback of that form named.
+std::atomic<uint32_t> cdeclInputModels;
+std::atomic<uint32_t> stdcallInputModels;
+bool Named(const std::atomic<uint32_t>& models, int32_t modelType) { return (models.load() >> modelType & 1u) != 0; }
 
 std::string DescribeEvents(const std::vector<Event>& events) {
   std::ostringstream text;
@@ -106,26 +106,16 @@ std::vector<T> Snapshot(const std::vector<T>& recorded) {
 void ClearRecords() {
   std::lock_guard hold(recordMutex);
   connectEvents.clear();
-  cdeclInputModels.clear();
-  stdcallInputModels.clear();
+  cdeclInputModels = 0;
+  stdcallInputModels = 0;
 }
 
 void PELM_STDCALL OnConnect(int32_t modelType, int32_t deviceIndex, int32_t event) {
   std::lock_guard hold(recordMutex);
   connectEvents.push_back({modelType, deviceIndex, event});
 }
-void PELM_CDECL OnInputCdecl(int32_t modelType, int32_t, void*) {
-  std::lock_guard hold(recordMutex);
-  cdeclInputModels.push_back(modelType);
-}
-void PELM_STDCALL OnInputStdcall(int32_t modelType, int32_t, void*) {
-  std::lock_guard hold(recordMutex);
-  stdcallInputModels.push_back(modelType);
-}
-
-bool Contains(const std::vector<int32_t>& models, int32_t model) {
-  return std::find(models.begin(), models.end(), model) != models.end();
-}
+void PELM_CDECL OnInputCdecl(int32_t modelType, int32_t, void*) { cdeclInputModels |= 1u << modelType; }
+void PELM_STDCALL OnInputStdcall(int32_t modelType, int32_t, void*) { stdcallInputModels |= 1u << modelType; }
 
 // Hot-plug reaches the DLL as window messages to the thread that called Init.
 bool PumpUntil(const std::function<bool()>& condition) {
@@ -165,10 +155,8 @@ std::vector<std::string> PresentInterfacePaths() {
 // panels and the foreign device.
 std::vector<std::string> PluggedDeviceIds() {
   std::vector<std::string> ids;
-  for (const ModelUnderTest& model : kModels) {
-    ids.push_back("VID_" + Hex4(PELM_VENDOR_ID) + "&PID_" + Hex4(model.productId));
-  }
-  ids.push_back("VID_" + Hex4(kForeignVendorId) + "&PID_" + Hex4(kRadioProductId));
+  for (const ModelUnderTest& model : kModels) ids.push_back(UsbIds(PELM_VENDOR_ID, model.productId));
+  ids.push_back(UsbIds(kForeignVendorId, kRadioProductId));
   return ids;
 }
 
@@ -218,8 +206,8 @@ void EnumerationFindsEveryModelWithItsSerialAndSkipsAForeignDevice() {
     info.structSize = sizeof info;
     CHECK_MSG(PelmDev_GetDeviceInfo2(model.typeCode, 0, &info) == PELM_SUCCESS, "model " << model.typeCode);
     const std::string path = info.devicePath;
-    const std::string ids = "VID_" + Hex4(PELM_VENDOR_ID) + "&PID_" + Hex4(model.productId);
-    CHECK_MSG(path.find(ids) != std::string::npos, "model " << model.typeCode << " path " << path);
+    CHECK_MSG(path.find(UsbIds(PELM_VENDOR_ID, model.productId)) != std::string::npos,
+              "model " << model.typeCode << " path " << path);
     CHECK_MSG(path.find_first_of("abcdefghijklmnopqrstuvwxyz") == std::string::npos, "path not upper-case: " << path);
     CHECK_MSG(info.serialNumber == (model.readsSerial ? SerialFor(port) : std::string()),
               "model " << model.typeCode << " serial '" << info.serialNumber << "'");
@@ -237,32 +225,20 @@ struct SetterCase {
   Report expected;
 };
 
-// One or two setters of every model that sends, and the report the device
+// A setter of each kind of transfer the DLL makes, and the report the device
 // receives: these bytes first, then zeros to the length the device declares.
+// The radio and the keypad declare long reports.
 const SetterCase kSetterCases[] = {
-    {"alpha text", PELM_MODEL_ALPHA, [] { return PelmAlpha_SetAlpha(0, "ab"); }, 'F', {3, 0x22, 0x37, 0x0A, 0x8F}},
-    {"alpha 2 numeric", PELM_MODEL_ALPHA2, [] { return PelmAlpha2_SetNumeric(0, "123456789"); }, 'F',
-     {5, 0x7D, 0x6D, 0x66, 0x4F, 0x5B, 0x06}},
-    {"buttons lamps", PELM_MODEL_BUTTONS, [] { return PelmButtons_SetIndicators(0, 0x1A5); }, 'F', {2, 0xA5}},
-    {"toggles brightness", PELM_MODEL_TOGGLES, [] { return PelmToggles_SetBrightness_stdcall(0, 0x1F); }, 'F',
-     {3, 0x0F}},
-    {"knobs lamps", PELM_MODEL_KNOBS, [] { return PelmKnobs_SetIndicators(0, 0x5C); }, 'F', {2, 0x5C}},
-    {"gear lamps keep the always-lit two", PELM_MODEL_GEAR, [] { return PelmGear_SetIndicators(0, 0x1F0); }, 'F',
-     {2, 0xF3}},
-    {"gear 2 brightness", PELM_MODEL_GEAR2, [] { return PelmGear2_SetBrightness(0, 0x1F); }, 'F', {3, 0x0F}},
-    {"keypad lamps", PELM_MODEL_KEYPAD, [] { return PelmKeypad_SetIndicators(0, 0x142); }, 'O', {2, 0x42}},
-    {"warning colour", PELM_MODEL_WARNING, [] { return PelmWarning_SetIndColor(0, 4, 10, 20, 0x11E); }, 'O',
-     {2, 4, 10, 20, 30}},
-    {"i/o board outputs", PELM_MODEL_IOBOARD, [] { return PelmIoBoard_SetIndicators(0, 1, 2, 3, 0x104); }, 'O',
-     {2, 1, 2, 3, 4}},
-    {"radio text", PELM_MODEL_RADIO, [] { return PelmRadio_SetLDisplayText(0, "123.45"); }, 'F',
+    {"feature report (alpha text)", PELM_MODEL_ALPHA, [] { return PelmAlpha_SetAlpha(0, "ab"); }, 'F',
+     {3, 0x22, 0x37, 0x0A, 0x8F}},
+    {"feature report from a stdcall setter", PELM_MODEL_TOGGLES,
+     [] { return PelmToggles_SetBrightness_stdcall(0, 0x1F); }, 'F', {3, 0x0F}},
+    {"feature report padded long", PELM_MODEL_RADIO, [] { return PelmRadio_SetLDisplayText(0, "123.45"); }, 'F',
      {3, 0x06, 0x5B, 0xCF, 0x66, 0x6D}},
-    {"squawk brightness", PELM_MODEL_SQUAWK, [] { return PelmSquawk_SetBrightness_stdcall(0, 0x1F); }, 'F',
-     {4, 0x0F}},
-    {"autopilot text", PELM_MODEL_AUTOPILOT, [] { return PelmAutopilot_SetDDisplayText(0, "1234567"); }, 'F',
-     {9, 6, 0x5B, 0x4F, 0x66, 0x6D, 0x7D}},
-    {"autopilot 2 lamps", PELM_MODEL_AUTOPILOT2, [] { return PelmAutopilot2_SetIndicators(0, 0x01020304); }, 'F',
-     {15, 1, 2, 3, 4}},
+    {"output report", PELM_MODEL_WARNING, [] { return PelmWarning_SetIndColor(0, 4, 10, 20, 0x11E); }, 'O',
+     {2, 4, 10, 20, 30}},
+    {"output report padded long", PELM_MODEL_KEYPAD, [] { return PelmKeypad_SetIndicators(0, 0x142); }, 'O',
+     {2, 0x42}},
 };
 
 // The report as the device declares it: `bytes`, then zeros to its length.
@@ -272,7 +248,7 @@ bool IsPadded(const Report& received, const Report& bytes, std::size_t deviceLen
                      [](uint8_t byte) { return byte == 0; });
 }
 
-void SettersReachTheDeviceByteForByte(PanelServerClient& server) {
+void EveryKindOfSendReachesTheDevicePaddedToItsLength(PanelServerClient& server) {
   for (const SetterCase& setter : kSetterCases) {
     const int port = PortOf(setter.typeCode);
     server.Received(port);
@@ -284,53 +260,29 @@ void SettersReachTheDeviceByteForByte(PanelServerClient& server) {
   }
 }
 
-struct BrightnessCase {
+// A feature read at the usual length through a stdcall getter, and one at a
+// length the device declares long.
+struct FeatureReadCase {
   int32_t typeCode;
-  int32_t (*set)(uint32_t);
-  // Reads the level back from the device; false when the getter failed with `status`.
-  int32_t (*get)(int64_t* level);
+  int32_t (*set)(uint32_t level);
+  int32_t (*get)(uint16_t* level);
 };
-
-template <class Level, class Getter>
-int32_t ReadLevel(Getter getter, int64_t* level) {
-  Level value{};
-  const int32_t status = getter(0, &value);
-  *level = static_cast<int64_t>(value);
-  return status;
-}
-
-// Every model whose brightness getter asks the device with a feature read.
-const BrightnessCase kBrightnessCases[] = {
-    {PELM_MODEL_ALPHA2, [](uint32_t v) { return PelmAlpha2_SetBrightness(0, v); },
-     [](int64_t* v) { return ReadLevel<uint16_t>(PelmAlpha2_GetBrightness, v); }},
-    {PELM_MODEL_BUTTONS, [](uint32_t v) { return PelmButtons_SetBrightness(0, v); },
-     [](int64_t* v) { return ReadLevel<uint16_t>(PelmButtons_GetBrightness_stdcall, v); }},
-    {PELM_MODEL_TOGGLES, [](uint32_t v) { return PelmToggles_SetBrightness(0, v); },
-     [](int64_t* v) { return ReadLevel<uint16_t>(PelmToggles_GetBrightness, v); }},
-    {PELM_MODEL_KNOBS, [](uint32_t v) { return PelmKnobs_SetBrightness(0, v); },
-     [](int64_t* v) { return ReadLevel<uint16_t>(PelmKnobs_GetBrightness, v); }},
-    {PELM_MODEL_GEAR, [](uint32_t v) { return PelmGear_SetBrightness(0, v); },
-     [](int64_t* v) { return ReadLevel<uint16_t>(PelmGear_GetBrightness, v); }},
-    {PELM_MODEL_GEAR2, [](uint32_t v) { return PelmGear2_SetBrightness(0, v); },
-     [](int64_t* v) { return ReadLevel<uint16_t>(PelmGear2_GetBrightness, v); }},
-    {PELM_MODEL_RADIO, [](uint32_t v) { return PelmRadio_SetBrightness(0, v); },
-     [](int64_t* v) { return ReadLevel<uint16_t>(PelmRadio_GetBrightness, v); }},
-    {PELM_MODEL_SQUAWK, [](uint32_t v) { return PelmSquawk_SetBrightness(0, v); },
-     [](int64_t* v) { return ReadLevel<uint32_t>(PelmSquawk_GetBrightness, v); }},
-    {PELM_MODEL_AUTOPILOT, [](uint32_t v) { return PelmAutopilot_SetBrightness(0, v); },
-     [](int64_t* v) { return ReadLevel<uint16_t>(PelmAutopilot_GetBrightness, v); }},
-    {PELM_MODEL_AUTOPILOT2, [](uint32_t v) { return PelmAutopilot2_SetBrightness(0, v); },
-     [](int64_t* v) { return ReadLevel<uint16_t>(PelmAutopilot2_GetBrightness_stdcall, v); }},
+const FeatureReadCase kFeatureReadCases[] = {
+    {PELM_MODEL_BUTTONS, [](uint32_t level) { return PelmButtons_SetBrightness(0, level); },
+     [](uint16_t* level) { return PelmButtons_GetBrightness_stdcall(0, level); }},
+    {PELM_MODEL_RADIO, [](uint32_t level) { return PelmRadio_SetBrightness(0, level); },
+     [](uint16_t* level) { return PelmRadio_GetBrightness(0, level); }},
 };
 
 void FeatureGettersReadTheDeviceAndReportItsFailure(PanelServerClient& server) {
-  constexpr uint32_t kLevel = 9;
-  for (const BrightnessCase& model : kBrightnessCases) {
+  constexpr uint16_t kLevel = 9;
+  for (const FeatureReadCase& model : kFeatureReadCases) {
     const int port = PortOf(model.typeCode);
     server.Received(port);
     CHECK_MSG(model.set(kLevel) == PELM_SUCCESS, "model " << model.typeCode);
-    CHECK_MSG(!server.WaitReceived(port, 1, kTransferDeadlineMs).empty(), "model " << model.typeCode << ": the level never arrived");
-    int64_t level = -1;
+    CHECK_MSG(!server.WaitReceived(port, 1, kTransferDeadlineMs).empty(),
+              "model " << model.typeCode << ": the level never arrived");
+    uint16_t level = 0;
     const int32_t status = model.get(&level);
     CHECK_MSG(status == PELM_SUCCESS && level == kLevel,
               "model " << model.typeCode << ": status " << status << " level " << level);
@@ -353,13 +305,13 @@ void InputReachesCallbacksInBothFormsAndTheGetters(PanelServerClient& server) {
   CHECK(PelmDev_RegisterInputCallback(OnInputCdecl) == 1u);
   for (const ModelUnderTest& model : kModels) {
     server.Input(PortOf(model.typeCode), InputReport(model.typeCode, {0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77}));
-    CHECK_MSG(WaitUntil([&model] { return Contains(Snapshot(cdeclInputModels), model.typeCode); }),
+    CHECK_MSG(WaitUntil([&model] { return Named(cdeclInputModels, model.typeCode); }),
               "no input callback for model " << model.typeCode);
   }
   CHECK(PelmDev_UnregisterInputCallback() == 1u);
   CHECK(PelmDev_RegisterInputCallback_stdcall(OnInputStdcall) == 1u);
   server.Input(PortOf(PELM_MODEL_RADIO), InputReport(PELM_MODEL_RADIO, {0xFF, 0x02, 0x05}));
-  CHECK(WaitUntil([] { return Contains(Snapshot(stdcallInputModels), PELM_MODEL_RADIO); }));
+  CHECK(WaitUntil([] { return Named(stdcallInputModels, PELM_MODEL_RADIO); }));
   CHECK(WaitUntil([] {
     int16_t dial1 = 0, dial2 = 0;
     uint8_t switches = 0;
@@ -369,52 +321,34 @@ void InputReachesCallbacksInBothFormsAndTheGetters(PanelServerClient& server) {
   CHECK(PelmDev_UnregisterInputCallback_stdcall() == 1u);
 }
 
-// Sends `first` while the device refuses `refusals` sends, then `second`, and
-// returns every transfer the device saw.
-std::vector<ServerTransfer> SendThroughRefusals(PanelServerClient& server, int32_t typeCode, int refusals,
-                                          int32_t (*first)(), int32_t (*second)(), std::size_t expectedTransfers) {
-  const int port = PortOf(typeCode);
-  server.Received(port);
-  server.FailSends(port, refusals);
-  CHECK(first() == PELM_SUCCESS);
-  std::vector<ServerTransfer> seen = server.WaitReceived(port, static_cast<std::size_t>(refusals), kTransferDeadlineMs);
-  CHECK(second() == PELM_SUCCESS);
-  const std::vector<ServerTransfer> rest = server.WaitReceived(port, expectedTransfers - seen.size(), kTransferDeadlineMs);
-  seen.insert(seen.end(), rest.begin(), rest.end());
-  return seen;
-}
-
-// What the device saw, as "1!" per refused report of payload 1 and "2" per taken one.
-std::string Outcomes(const std::vector<ServerTransfer>& transfers) {
-  std::string text;
-  for (const ServerTransfer& transfer : transfers) {
-    if (!text.empty()) text += ' ';
-    text += transfer.bytes.size() > 1 ? std::to_string(transfer.bytes[1]) : "?";
-    if (transfer.refused) text += '!';
+// A send the device refuses is retried, and three refusals in a row drop it.
+// The radio's lamps go out with `first` while the device refuses `refusals`
+// sends, then with `second`; `seen` is what the device then saw, "1!" for a
+// refused report of lamps 1 and "2" for a taken one of lamps 2.
+void RefusedSendsAreRetriedAndGivenUpAfterThree(PanelServerClient& server) {
+  constexpr std::size_t kTransfers = 4;
+  const struct {
+    int refusals;
+    uint8_t first, second;
+    std::string seen;
+  } kRefusals[] = {{3, 1, 2, "1! 1! 1! 2"}, {2, 3, 4, "3! 3! 3 4"}};
+  const int port = PortOf(PELM_MODEL_RADIO);
+  for (const auto& refusal : kRefusals) {
+    server.Received(port);
+    server.FailSends(port, refusal.refusals);
+    CHECK(PelmRadio_SetIndicators(0, refusal.first) == PELM_SUCCESS);
+    std::vector<ServerTransfer> seen = server.WaitReceived(port, refusal.refusals, kTransferDeadlineMs);
+    CHECK(PelmRadio_SetIndicators(0, refusal.second) == PELM_SUCCESS);
+    const std::vector<ServerTransfer> rest = server.WaitReceived(port, kTransfers - seen.size(), kTransferDeadlineMs);
+    seen.insert(seen.end(), rest.begin(), rest.end());
+    std::string outcomes;
+    for (const ServerTransfer& transfer : seen) {
+      if (!outcomes.empty()) outcomes += ' ';
+      outcomes += std::to_string(transfer.bytes.size() > 1 ? transfer.bytes[1] : 0);
+      if (transfer.refused) outcomes += '!';
+    }
+    CHECK_MSG(outcomes == refusal.seen, refusal.refusals << " refusals: " << outcomes);
   }
-  return text;
-}
-
-void WritersDropRetryOrGiveUpAfterThreeAsTheirModelSays(PanelServerClient& server) {
-  // Buttons: a refused report is dropped.
-  std::string seen = Outcomes(SendThroughRefusals(
-      server, PELM_MODEL_BUTTONS, 1, [] { return PelmButtons_SetIndicators(0, 1); },
-      [] { return PelmButtons_SetIndicators(0, 2); }, 2));
-  CHECK_MSG(seen == "1! 2", "buttons: " << seen);
-  // Gear: retried until the device takes it.
-  seen = Outcomes(SendThroughRefusals(
-      server, PELM_MODEL_GEAR, 2, [] { return PelmGear_SetBrightness(0, 1); },
-      [] { return PelmGear_SetBrightness(0, 2); }, 4));
-  CHECK_MSG(seen == "1! 1! 1 2", "gear: " << seen);
-  // Radio: retried, but three refusals in a row drop it.
-  seen = Outcomes(SendThroughRefusals(
-      server, PELM_MODEL_RADIO, 3, [] { return PelmRadio_SetIndicators(0, 1); },
-      [] { return PelmRadio_SetIndicators(0, 2); }, 4));
-  CHECK_MSG(seen == "1! 1! 1! 2", "radio, three refusals: " << seen);
-  seen = Outcomes(SendThroughRefusals(
-      server, PELM_MODEL_RADIO, 2, [] { return PelmRadio_SetIndicators(0, 3); },
-      [] { return PelmRadio_SetIndicators(0, 4); }, 4));
-  CHECK_MSG(seen == "3! 3! 3 4", "radio, two refusals: " << seen);
 }
 
 void HotPlugThroughTheHiddenWindowKeepsAReturningPanelsSlot(PanelServerClient& server) {
@@ -448,16 +382,11 @@ DWORD WINAPI TerminateOnThisThread(void*) {
 // Terminate from a thread other than Init's, bounded, and a second Init on this
 // thread follows hot-plug again (the first window retired).
 void TerminateFromAnotherThreadIsPromptAndLeavesHotPlugWorking(PanelServerClient& server) {
-  const DWORD started = GetTickCount();
   HANDLE thread = CreateThread(nullptr, 0, TerminateOnThisThread, nullptr, 0, nullptr);
   CHECK(thread != nullptr);
-  DWORD waited = WAIT_FAILED;
   // The window's owner must be free to take the request to retire it.
-  CHECK_MSG(PumpUntil([&] { return (waited = WaitForSingleObject(thread, 0)) == WAIT_OBJECT_0; }),
-            "Terminate hangs");
+  CHECK_MSG(PumpUntil([thread] { return WaitForSingleObject(thread, 0) == WAIT_OBJECT_0; }), "Terminate hangs");
   CloseHandle(thread);
-  std::printf("Terminate with %zu panels took %lu ms\n", std::size(kModels) + 1,
-              static_cast<unsigned long>(GetTickCount() - started));
 
   ClearRecords();
   PelmDev_Init(GetModuleHandleA(nullptr));
@@ -510,10 +439,10 @@ int main() {
     }
     std::printf("Init done after %lu ms\n", static_cast<unsigned long>(GetTickCount() - started));
     RUN(EnumerationFindsEveryModelWithItsSerialAndSkipsAForeignDevice);
-    RUN(SettersReachTheDeviceByteForByte, server);
+    RUN(EveryKindOfSendReachesTheDevicePaddedToItsLength, server);
     RUN(FeatureGettersReadTheDeviceAndReportItsFailure, server);
     RUN(InputReachesCallbacksInBothFormsAndTheGetters, server);
-    RUN(WritersDropRetryOrGiveUpAfterThreeAsTheirModelSays, server);
+    RUN(RefusedSendsAreRetriedAndGivenUpAfterThree, server);
     RUN(HotPlugThroughTheHiddenWindowKeepsAReturningPanelsSlot, server);
     RUN(TerminateFromAnotherThreadIsPromptAndLeavesHotPlugWorking, server);
   } catch (const std::exception& error) {
