@@ -9,7 +9,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <limits>
 #include <memory>
 #include <mutex>
 
@@ -32,7 +31,7 @@ class cReportQueue {
 
   // Appends unless the queue already holds `limit` entries: the number of
   // entries after the append, or 0 when nothing was appended.
-  uint32_t PushBack(QueueEntry* entry, uint32_t limit = std::numeric_limits<uint32_t>::max());
+  uint32_t PushBack(QueueEntry* entry, uint32_t limit);
   // 1 when the entry was inserted at the head, else 0.
   uint32_t PushFront(QueueEntry* entry);
   // The head entry, removed from the queue; null when empty.
