@@ -2,24 +2,13 @@
 
 #include <filesystem>
 #include <system_error>
-#include <thread>
 
 namespace pelm::vm {
 namespace {
 
 constexpr char kHidrawClass[] = "/sys/class/hidraw";
-constexpr auto kPollInterval = std::chrono::milliseconds(5);
 
 }  // namespace
-
-bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds deadline) {
-  const auto end = std::chrono::steady_clock::now() + deadline;
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() >= end) return false;
-    std::this_thread::sleep_for(kPollInterval);
-  }
-  return true;
-}
 
 std::size_t HidrawNodeCount() {
   std::error_code error;

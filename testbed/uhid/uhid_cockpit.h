@@ -3,19 +3,17 @@
 // test asks for), each on its own physical path, and the helpers that wait for
 // the kernel to show or drop their hidraw nodes.
 
-#include <chrono>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "testbed/uhid/uhid_panel.h"
+#include "testbed/wait_until.h"
 
 namespace pelm::vm {
 
-// Polls `condition` until it holds or the (generous) deadline passes.
-bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds deadline = std::chrono::seconds(20));
+using testbed::WaitUntil;
 
 // Hidraw nodes present now.
 std::size_t HidrawNodeCount();

@@ -7,22 +7,18 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "platform/sim/sim_bus.h"
+#include "testbed/wait_until.h"
 
 namespace pelm::test {
 
-// Polls `condition` until it holds or the (generous) deadline passes.
+// The simulated bus answers at once: a wait of seconds is a fault, and a
+// fault should fail fast.
 inline bool WaitUntil(const std::function<bool()>& condition,
                       std::chrono::milliseconds deadline = std::chrono::seconds(5)) {
-  const auto end = std::chrono::steady_clock::now() + deadline;
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > end) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  }
-  return true;
+  return testbed::WaitUntil(condition, deadline);
 }
 
 // A Windows-style interface path for a simulated device, in lower case as the

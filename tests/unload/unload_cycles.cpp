@@ -7,19 +7,18 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <thread>
 
 #include "core/pelm_dev.h"
 #include "core/pelm_dev_ext.h"
 #include "platform/sim/pelm_sim.h"
+#include "testbed/wait_until.h"
 
 namespace {
 
-using namespace std::chrono_literals;
+using pelm::testbed::WaitUntil;
 
 constexpr int kCycles = 200;
 constexpr int32_t kButtonPanel = PELM_MODEL_BUTTONS;
@@ -34,15 +33,6 @@ void PELM_CDECL OnConnect(int32_t, int32_t, int32_t) { ++connectCalls; }
 void PELM_CDECL OnInput(int32_t, int32_t, void*) { ++inputCalls; }
 void PELM_CDECL OnWakeup() { ++wakeupCalls; }
 void PELM_STDCALL OnWakeupStdcall() { ++wakeupCalls; }
-
-bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds deadline = 10s) {
-  const auto end = std::chrono::steady_clock::now() + deadline;
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > end) return false;
-    std::this_thread::sleep_for(1ms);
-  }
-  return true;
-}
 
 std::size_t ThreadsOfThisProcess() {
   std::size_t count = 0;

@@ -12,10 +12,10 @@
 #include <functional>
 #include <sstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "testbed/panel_server/panel_client.h"
+#include "testbed/wait_until.h"
 
 namespace pelm::wine {
 
@@ -83,14 +83,8 @@ inline int Fail(const std::string& why) {
   return 1;
 }
 
-// Polls `condition` until it holds or `deadlineMs` passed.
 inline bool WaitUntil(const std::function<bool()>& condition, int deadlineMs = kSlowDeadlineMs) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(deadlineMs);
-  for (;;) {
-    if (condition()) return true;
-    if (std::chrono::steady_clock::now() > deadline) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
+  return testbed::WaitUntil(condition, std::chrono::milliseconds(deadlineMs));
 }
 
 // Ends the process with a clear message if the scope it guards is still
