@@ -4,12 +4,14 @@
 // the DLL's exports. One run covers every check, in order, with one Init for
 // most of them, because each start of Wine under emulation costs half a minute.
 //
-// Prints one line per check group and a summary; exits 0 only when all pass.
+// GoogleTest runs the tests in the order they are written here; the program
+// ends with a summary line for the runner and exits 0 only when all pass.
 
 // clang-format off
 #include <windows.h>
 #include <setupapi.h>
 // clang-format on
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <atomic>
@@ -19,7 +21,6 @@
 #include <cstring>
 #include <functional>
 #include <mutex>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -27,7 +28,7 @@
 #include "tests/models_under_test.h"
 #include "platform/win32/win32_hid.h"
 #include "testbed/panel_server/panel_client.h"
-#include "tests/wine/wine_checks.h"
+#include "tests/wine/wine_program_support.h"
 
 namespace pelm::wine {
 namespace {
@@ -90,12 +91,10 @@ std::atomic<uint32_t> cdeclInputModels;
 std::atomic<uint32_t> stdcallInputModels;
 bool Named(const std::atomic<uint32_t>& models, int32_t modelType) { return (models.load() >> modelType & 1u) != 0; }
 
-std::string DescribeEvents(const std::vector<Event>& events) {
-  std::ostringstream text;
-  for (const Event& event : events)
-    text << "(model " << event.modelType << " index " << event.deviceIndex << ' '
-         << (event.kind == PELM_EVENT_ARRIVAL ? "arrival" : "removal") << ") ";
-  return events.empty() ? "none" : text.str();
+// How a failed comparison shows an event.
+void PrintTo(const Event& event, std::ostream* out) {
+  *out << "(model " << event.modelType << " index " << event.deviceIndex << ' '
+       << (event.kind == PELM_EVENT_ARRIVAL ? "arrival" : "removal") << ')';
 }
 
 template <class T>
@@ -196,25 +195,26 @@ bool WaitForPlugPlay() {
   return running;
 }
 
-// --- the checks, in the order they run --------------------------------------
+// The panel server's client, for the tests; made by main.
+PanelServerClient* server;
 
-void EnumerationFindsEveryModelWithItsSerialAndSkipsAForeignDevice() {
+// --- the tests, in the order they run ---------------------------------------
+
+TEST(WindowsDll, EnumerationFindsEveryModelWithItsSerialAndSkipsAForeignDevice) {
   for (const ModelUnderTest& model : kModels) {
-    const int port = PortOf(model.typeCode);
-    CHECK_MSG(model.count() == 1u, "model " << model.typeCode << " count " << model.count());
+    SCOPED_TRACE("model " + std::to_string(model.typeCode));
+    EXPECT_EQ(model.count(), 1u);
     PelmDevInfo2 info{};
     info.structSize = sizeof info;
-    CHECK_MSG(PelmDev_GetDeviceInfo2(model.typeCode, 0, &info) == PELM_SUCCESS, "model " << model.typeCode);
+    EXPECT_EQ(PelmDev_GetDeviceInfo2(model.typeCode, 0, &info), PELM_SUCCESS);
     const std::string path = info.devicePath;
-    CHECK_MSG(path.find(UsbIds(PELM_VENDOR_ID, model.productId)) != std::string::npos,
-              "model " << model.typeCode << " path " << path);
-    CHECK_MSG(path.find_first_of("abcdefghijklmnopqrstuvwxyz") == std::string::npos, "path not upper-case: " << path);
-    CHECK_MSG(info.serialNumber == (model.readsSerial ? SerialFor(port) : std::string()),
-              "model " << model.typeCode << " serial '" << info.serialNumber << "'");
+    EXPECT_NE(path.find(UsbIds(PELM_VENDOR_ID, model.productId)), std::string::npos) << path;
+    EXPECT_EQ(path.find_first_of("abcdefghijklmnopqrstuvwxyz"), std::string::npos) << "not upper-case: " << path;
+    EXPECT_EQ(info.serialNumber, model.readsSerial ? SerialFor(PortOf(model.typeCode)) : std::string());
   }
   // Wine's HID bus holds every hidraw node open itself, so which devices the
   // DLL opened shows only in what it counts.
-  CHECK_MSG(PelmRadio_GetNumDevices() == 1u, "the foreign device with the radio's product ID counted as a radio");
+  EXPECT_EQ(PelmRadio_GetNumDevices(), 1u) << "the foreign device with the radio's product ID counted as a radio";
 }
 
 struct SetterCase {
@@ -248,15 +248,16 @@ bool IsPadded(const Report& received, const Report& bytes, std::size_t deviceLen
                      [](uint8_t byte) { return byte == 0; });
 }
 
-void EveryKindOfSendReachesTheDevicePaddedToItsLength(PanelServerClient& server) {
+TEST(WindowsDll, EveryKindOfSendReachesTheDevicePaddedToItsLength) {
   for (const SetterCase& setter : kSetterCases) {
+    SCOPED_TRACE(setter.name);
     const int port = PortOf(setter.typeCode);
-    server.Received(port);
-    CHECK_MSG(setter.call() == PELM_SUCCESS, setter.name);
-    const std::vector<ServerTransfer> received = server.WaitReceived(port, 1, kTransferDeadlineMs);
+    server->Received(port);
+    EXPECT_EQ(setter.call(), PELM_SUCCESS);
+    const std::vector<ServerTransfer> received = server->WaitReceived(port, 1, kTransferDeadlineMs);
     const bool arrived = !received.empty() && received[0].kind == setter.kind && !received[0].refused &&
                          IsPadded(received[0].bytes, setter.expected, DeviceReportLength(setter.typeCode));
-    CHECK_MSG(arrived, setter.name << ": the device received " << Describe(received));
+    EXPECT_TRUE(arrived) << "the device received " << Describe(received);
   }
 }
 
@@ -274,21 +275,20 @@ const FeatureReadCase kFeatureReadCases[] = {
      [](uint16_t* level) { return PelmRadio_GetBrightness(0, level); }},
 };
 
-void FeatureGettersReadTheDeviceAndReportItsFailure(PanelServerClient& server) {
+TEST(WindowsDll, FeatureGettersReadTheDeviceAndReportItsFailure) {
   constexpr uint16_t kLevel = 9;
   for (const FeatureReadCase& model : kFeatureReadCases) {
+    SCOPED_TRACE("model " + std::to_string(model.typeCode));
     const int port = PortOf(model.typeCode);
-    server.Received(port);
-    CHECK_MSG(model.set(kLevel) == PELM_SUCCESS, "model " << model.typeCode);
-    CHECK_MSG(!server.WaitReceived(port, 1, kTransferDeadlineMs).empty(),
-              "model " << model.typeCode << ": the level never arrived");
+    server->Received(port);
+    EXPECT_EQ(model.set(kLevel), PELM_SUCCESS);
+    EXPECT_FALSE(server->WaitReceived(port, 1, kTransferDeadlineMs).empty()) << "the level never arrived";
     uint16_t level = 0;
-    const int32_t status = model.get(&level);
-    CHECK_MSG(status == PELM_SUCCESS && level == kLevel,
-              "model " << model.typeCode << ": status " << status << " level " << level);
-    server.FailFeatureReads(port, true);
-    CHECK_MSG(model.get(&level) == PELM_ERR_IO, "model " << model.typeCode << ": a refused read did not fail");
-    server.FailFeatureReads(port, false);
+    EXPECT_EQ(model.get(&level), PELM_SUCCESS);
+    EXPECT_EQ(level, kLevel);
+    server->FailFeatureReads(port, true);
+    EXPECT_EQ(model.get(&level), PELM_ERR_IO) << "a refused read did not fail";
+    server->FailFeatureReads(port, false);
   }
 }
 
@@ -300,32 +300,32 @@ Report InputReport(int32_t typeCode, std::initializer_list<uint8_t> payload) {
   return report;
 }
 
-void InputReachesCallbacksInBothFormsAndTheGetters(PanelServerClient& server) {
+TEST(WindowsDll, InputReachesCallbacksInBothFormsAndTheGetters) {
   ClearRecords();
-  CHECK(PelmDev_RegisterInputCallback(OnInputCdecl) == 1u);
+  EXPECT_EQ(PelmDev_RegisterInputCallback(OnInputCdecl), 1u);
   for (const ModelUnderTest& model : kModels) {
-    server.Input(PortOf(model.typeCode), InputReport(model.typeCode, {0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77}));
-    CHECK_MSG(WaitUntil([&model] { return Named(cdeclInputModels, model.typeCode); }),
-              "no input callback for model " << model.typeCode);
+    server->Input(PortOf(model.typeCode), InputReport(model.typeCode, {0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77}));
+    EXPECT_TRUE(WaitUntil([&model] { return Named(cdeclInputModels, model.typeCode); }))
+        << "no input callback for model " << model.typeCode;
   }
-  CHECK(PelmDev_UnregisterInputCallback() == 1u);
-  CHECK(PelmDev_RegisterInputCallback_stdcall(OnInputStdcall) == 1u);
-  server.Input(PortOf(PELM_MODEL_RADIO), InputReport(PELM_MODEL_RADIO, {0xFF, 0x02, 0x05}));
-  CHECK(WaitUntil([] { return Named(stdcallInputModels, PELM_MODEL_RADIO); }));
-  CHECK(WaitUntil([] {
+  EXPECT_EQ(PelmDev_UnregisterInputCallback(), 1u);
+  EXPECT_EQ(PelmDev_RegisterInputCallback_stdcall(OnInputStdcall), 1u);
+  server->Input(PortOf(PELM_MODEL_RADIO), InputReport(PELM_MODEL_RADIO, {0xFF, 0x02, 0x05}));
+  EXPECT_TRUE(WaitUntil([] { return Named(stdcallInputModels, PELM_MODEL_RADIO); }));
+  EXPECT_TRUE(WaitUntil([] {
     int16_t dial1 = 0, dial2 = 0;
     uint8_t switches = 0;
     return PelmRadio_GetControlVals(0, &dial1, &dial2, &switches) == PELM_SUCCESS && dial1 == -1 && dial2 == 2 &&
            switches == 0x05;
   }));
-  CHECK(PelmDev_UnregisterInputCallback_stdcall() == 1u);
+  EXPECT_EQ(PelmDev_UnregisterInputCallback_stdcall(), 1u);
 }
 
 // A send the device refuses is retried, and three refusals in a row drop it.
 // The radio's lamps go out with `first` while the device refuses `refusals`
 // sends, then with `second`; `seen` is what the device then saw, "1!" for a
 // refused report of lamps 1 and "2" for a taken one of lamps 2.
-void RefusedSendsAreRetriedAndGivenUpAfterThree(PanelServerClient& server) {
+TEST(WindowsDll, RefusedSendsAreRetriedAndGivenUpAfterThree) {
   constexpr std::size_t kTransfers = 4;
   const struct {
     int refusals;
@@ -334,12 +334,12 @@ void RefusedSendsAreRetriedAndGivenUpAfterThree(PanelServerClient& server) {
   } kRefusals[] = {{3, 1, 2, "1! 1! 1! 2"}, {2, 3, 4, "3! 3! 3 4"}};
   const int port = PortOf(PELM_MODEL_RADIO);
   for (const auto& refusal : kRefusals) {
-    server.Received(port);
-    server.FailSends(port, refusal.refusals);
-    CHECK(PelmRadio_SetIndicators(0, refusal.first) == PELM_SUCCESS);
-    std::vector<ServerTransfer> seen = server.WaitReceived(port, refusal.refusals, kTransferDeadlineMs);
-    CHECK(PelmRadio_SetIndicators(0, refusal.second) == PELM_SUCCESS);
-    const std::vector<ServerTransfer> rest = server.WaitReceived(port, kTransfers - seen.size(), kTransferDeadlineMs);
+    server->Received(port);
+    server->FailSends(port, refusal.refusals);
+    EXPECT_EQ(PelmRadio_SetIndicators(0, refusal.first), PELM_SUCCESS);
+    std::vector<ServerTransfer> seen = server->WaitReceived(port, refusal.refusals, kTransferDeadlineMs);
+    EXPECT_EQ(PelmRadio_SetIndicators(0, refusal.second), PELM_SUCCESS);
+    const std::vector<ServerTransfer> rest = server->WaitReceived(port, kTransfers - seen.size(), kTransferDeadlineMs);
     seen.insert(seen.end(), rest.begin(), rest.end());
     std::string outcomes;
     for (const ServerTransfer& transfer : seen) {
@@ -347,31 +347,31 @@ void RefusedSendsAreRetriedAndGivenUpAfterThree(PanelServerClient& server) {
       outcomes += std::to_string(transfer.bytes.size() > 1 ? transfer.bytes[1] : 0);
       if (transfer.refused) outcomes += '!';
     }
-    CHECK_MSG(outcomes == refusal.seen, refusal.refusals << " refusals: " << outcomes);
+    EXPECT_EQ(outcomes, refusal.seen) << refusal.refusals << " refusals";
   }
 }
 
-void HotPlugThroughTheHiddenWindowKeepsAReturningPanelsSlot(PanelServerClient& server) {
+TEST(WindowsDll, HotPlugThroughTheHiddenWindowKeepsAReturningPanelsSlot) {
   ClearRecords();
-  CHECK(PelmDev_RegisterConnectCallback_stdcall(OnConnect) == 1u);
+  EXPECT_EQ(PelmDev_RegisterConnectCallback_stdcall(OnConnect), 1u);
   const int buttonsPort = PortOf(PELM_MODEL_BUTTONS);
-  server.Unplug(buttonsPort);
-  CHECK_MSG(PumpUntil([] { return Snapshot(connectEvents).size() >= 1; }), "no removal reached the host");
-  server.Replug(buttonsPort);
-  CHECK_MSG(PumpUntil([] { return Snapshot(connectEvents).size() >= 2; }), "no arrival reached the host");
-  server.Plug(kButtonsProductId, kArrivingPort, PlugOptions(kArrivingPort));
-  CHECK_MSG(PumpUntil([] { return Snapshot(connectEvents).size() >= 3; }), "the new panel's arrival was lost");
+  server->Unplug(buttonsPort);
+  EXPECT_TRUE(PumpUntil([] { return Snapshot(connectEvents).size() >= 1; })) << "no removal reached the host";
+  server->Replug(buttonsPort);
+  EXPECT_TRUE(PumpUntil([] { return Snapshot(connectEvents).size() >= 2; })) << "no arrival reached the host";
+  server->Plug(kButtonsProductId, kArrivingPort, PlugOptions(kArrivingPort));
+  EXPECT_TRUE(PumpUntil([] { return Snapshot(connectEvents).size() >= 3; })) << "the new panel's arrival was lost";
   const std::vector<Event> expected{{PELM_MODEL_BUTTONS, 0, PELM_EVENT_REMOVAL},
                                     {PELM_MODEL_BUTTONS, 0, PELM_EVENT_ARRIVAL},
                                     {PELM_MODEL_BUTTONS, 1, PELM_EVENT_ARRIVAL}};
-  CHECK_MSG(Snapshot(connectEvents) == expected, "events: " << DescribeEvents(Snapshot(connectEvents)));
-  CHECK(PelmButtons_GetNumDevices() == 2u);
+  EXPECT_EQ(Snapshot(connectEvents), expected);
+  EXPECT_EQ(PelmButtons_GetNumDevices(), 2u);
   // The returning panel is driven again.
-  server.Received(buttonsPort);
-  CHECK(PelmButtons_SetIndicators(0, 0x33) == PELM_SUCCESS);
-  const std::vector<ServerTransfer> received = server.WaitReceived(buttonsPort, 1, kTransferDeadlineMs);
-  CHECK_MSG(!received.empty() && IsPadded(received[0].bytes, {2, 0x33}, kDefaultReportLength),
-            "the returning panel received " << Describe(received));
+  server->Received(buttonsPort);
+  EXPECT_EQ(PelmButtons_SetIndicators(0, 0x33), PELM_SUCCESS);
+  const std::vector<ServerTransfer> received = server->WaitReceived(buttonsPort, 1, kTransferDeadlineMs);
+  EXPECT_TRUE(!received.empty() && IsPadded(received[0].bytes, {2, 0x33}, kDefaultReportLength))
+      << "the returning panel received " << Describe(received);
 }
 
 DWORD WINAPI TerminateOnThisThread(void*) {
@@ -381,72 +381,78 @@ DWORD WINAPI TerminateOnThisThread(void*) {
 
 // Terminate from a thread other than Init's, bounded, and a second Init on this
 // thread follows hot-plug again (the first window retired).
-void TerminateFromAnotherThreadIsPromptAndLeavesHotPlugWorking(PanelServerClient& server) {
+TEST(WindowsDll, TerminateFromAnotherThreadIsPromptAndLeavesHotPlugWorking) {
   HANDLE thread = CreateThread(nullptr, 0, TerminateOnThisThread, nullptr, 0, nullptr);
-  CHECK(thread != nullptr);
+  ASSERT_NE(thread, nullptr);
   // The window's owner must be free to take the request to retire it.
-  CHECK_MSG(PumpUntil([thread] { return WaitForSingleObject(thread, 0) == WAIT_OBJECT_0; }), "Terminate hangs");
+  EXPECT_TRUE(PumpUntil([thread] { return WaitForSingleObject(thread, 0) == WAIT_OBJECT_0; })) << "Terminate hangs";
   CloseHandle(thread);
 
   ClearRecords();
   PelmDev_Init(GetModuleHandleA(nullptr));
-  CHECK(PelmDev_RegisterConnectCallback_stdcall(OnConnect) == 1u);
-  server.Plug(kButtonsProductId, kArrivingAfterReinitPort, PlugOptions(kArrivingAfterReinitPort));
-  CHECK_MSG(PumpUntil([] { return !Snapshot(connectEvents).empty(); }),
-            "after Terminate on another thread, a new Init hears no arrival");
+  EXPECT_EQ(PelmDev_RegisterConnectCallback_stdcall(OnConnect), 1u);
+  server->Plug(kButtonsProductId, kArrivingAfterReinitPort, PlugOptions(kArrivingAfterReinitPort));
+  EXPECT_TRUE(PumpUntil([] { return !Snapshot(connectEvents).empty(); }))
+      << "after Terminate on another thread, a new Init hears no arrival";
   PelmDev_Terminate();
+}
+
+// Plugs every panel and the foreign device, waits until Windows shows them
+// all, and initialises the DLL on this thread, which pumps its messages.
+int PlugEveryPanelAndInit() {
+  const DWORD started = GetTickCount();
+  if (!WaitForPlugPlay()) return Fail("the PlugPlay service does not run: no hot-plug would reach a window");
+  std::printf("PlugPlay runs after %lu ms\n", static_cast<unsigned long>(GetTickCount() - started));
+  for (const ModelUnderTest& model : kModels) {
+    const int port = PortOf(model.typeCode);
+    server->Plug(model.productId, port, PlugOptions(port, DeviceReportLength(model.typeCode)));
+  }
+  server->Plug(kRadioProductId, kForeignPort, PlugOptions(kForeignPort) + " vendor=" + Hex4(kForeignVendorId));
+  const std::vector<std::string> plugged = PluggedDeviceIds();
+  std::vector<std::string> missing;
+  std::size_t shown = 0;
+  if (!WaitUntil(
+          [&] {
+            missing = NotYetPresent(plugged);
+            const std::size_t present = plugged.size() - missing.size();
+            if (present != shown)
+              std::printf("%zu of %zu devices present after %lu ms\n", shown = present, plugged.size(),
+                          static_cast<unsigned long>(GetTickCount() - started));
+            return missing.empty();
+          },
+          kDeviceArrivalDeadlineMs)) {
+    std::string names;
+    for (const std::string& id : missing) names += " " + id;
+    return Fail("Wine's HID bus does not show" + names + ": is systemd-udevd running in the VM?");
+  }
+  {
+    // An enumeration that never ends must not hang the run.
+    const Watchdog watchdog("PelmDev_Init", kInitDeadlineMs);
+    PelmDev_Init_stdcall(GetModuleHandleA(nullptr));
+  }
+  std::printf("Init done after %lu ms\n", static_cast<unsigned long>(GetTickCount() - started));
+  return 0;
 }
 
 }  // namespace
 }  // namespace pelm::wine
 
-int main() {
+int main(int argc, char** argv) {
   using namespace pelm::wine;
+  testing::InitGoogleTest(&argc, argv);
   std::setvbuf(stdout, nullptr, _IONBF, 0);
   const std::string address = PanelServerClient::AddressFromEnvironment();
   if (address.empty()) return Fail("PELM_PANEL_SERVER (127.0.0.1:PORT of the panel server) is not set");
   try {
-    PanelServerClient server(address);
-    const DWORD started = GetTickCount();
-    if (!WaitForPlugPlay()) return Fail("the PlugPlay service does not run: no hot-plug would reach a window");
-    std::printf("PlugPlay runs after %lu ms\n", static_cast<unsigned long>(GetTickCount() - started));
-    for (const ModelUnderTest& model : kModels) {
-      const int port = PortOf(model.typeCode);
-      server.Plug(model.productId, port, PlugOptions(port, DeviceReportLength(model.typeCode)));
-    }
-    server.Plug(kRadioProductId, kForeignPort, PlugOptions(kForeignPort) + " vendor=" + Hex4(kForeignVendorId));
-    const std::vector<std::string> plugged = PluggedDeviceIds();
-    std::vector<std::string> missing;
-    std::size_t shown = 0;
-    if (!WaitUntil(
-            [&] {
-              missing = NotYetPresent(plugged);
-              const std::size_t present = plugged.size() - missing.size();
-              if (present != shown)
-                std::printf("%zu of %zu devices present after %lu ms\n", shown = present, plugged.size(),
-                            static_cast<unsigned long>(GetTickCount() - started));
-              return missing.empty();
-            },
-            kDeviceArrivalDeadlineMs)) {
-      std::string names;
-      for (const std::string& id : missing) names += " " + id;
-      return Fail("Wine's HID bus does not show" + names + ": is systemd-udevd running in the VM?");
-    }
-    {
-      // An enumeration that never ends must not hang the run.
-      const Watchdog watchdog("PelmDev_Init", kInitDeadlineMs);
-      PelmDev_Init_stdcall(GetModuleHandleA(nullptr));
-    }
-    std::printf("Init done after %lu ms\n", static_cast<unsigned long>(GetTickCount() - started));
-    RUN(EnumerationFindsEveryModelWithItsSerialAndSkipsAForeignDevice);
-    RUN(EveryKindOfSendReachesTheDevicePaddedToItsLength, server);
-    RUN(FeatureGettersReadTheDeviceAndReportItsFailure, server);
-    RUN(InputReachesCallbacksInBothFormsAndTheGetters, server);
-    RUN(RefusedSendsAreRetriedAndGivenUpAfterThree, server);
-    RUN(HotPlugThroughTheHiddenWindowKeepsAReturningPanelsSlot, server);
-    RUN(TerminateFromAnotherThreadIsPromptAndLeavesHotPlugWorking, server);
+    PanelServerClient client(address);
+    server = &client;
+    if (PlugEveryPanelAndInit() != 0) return 1;
+    const int status = RUN_ALL_TESTS();
+    // The line the runner looks for.
+    const testing::UnitTest& run = *testing::UnitTest::GetInstance();
+    std::printf("PELM-WINE-RESULT %d of %d tests passed\n", run.successful_test_count(), run.test_to_run_count());
+    return status;
   } catch (const std::exception& error) {
     return Fail(error.what());
   }
-  return Summary();
 }

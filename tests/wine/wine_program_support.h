@@ -1,16 +1,14 @@
 #pragma once
-// The little the Windows test program needs of a test framework: checks that
-// report and carry on, named groups of them, polling waits with a deadline, a
-// watchdog for calls that may never return, and a summary the runner reads.
+// What the Windows test program needs beside GoogleTest: its deadlines, waits
+// in milliseconds as Windows counts them, a watchdog for calls that may never
+// return, and the line the runner reads.
 
 #include <windows.h>
 
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
-#include <exception>
 #include <functional>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -32,52 +30,7 @@ constexpr int kTransferDeadlineMs = 15000;
 constexpr std::size_t kDefaultReportLength = 8;
 constexpr uint8_t kInputReportId = 1;
 
-inline int checksFailed = 0;
-inline int groupsFailed = 0;
-inline int groupsRun = 0;
-inline const char* currentGroup = "";
-
-inline void ReportFailure(const char* file, int line, const std::string& what) {
-  ++checksFailed;
-  std::printf("%s:%d: failure in %s: %s\n", file, line, currentGroup, what.c_str());
-}
-
-#define CHECK_MSG(condition, message)                                          \
-  do {                                                                         \
-    if (!(condition)) {                                                        \
-      std::ostringstream checkText;                                            \
-      checkText << #condition << " (" << message << ")";                       \
-      ::pelm::wine::ReportFailure(__FILE__, __LINE__, checkText.str());        \
-    }                                                                          \
-  } while (0)
-#define CHECK(condition) CHECK_MSG(condition, "")
-
-// Runs a group of checks; a group fails on a failed check or an exception
-// (the panel server's client throws when a request fails).
-inline void RunGroup(const char* name, const std::function<void()>& group) {
-  currentGroup = name;
-  ++groupsRun;
-  const int failedBefore = checksFailed;
-  const DWORD started = GetTickCount();
-  std::printf("[ RUN      ] %s\n", name);
-  try {
-    group();
-  } catch (const std::exception& error) {
-    ReportFailure(__FILE__, __LINE__, std::string("exception: ") + error.what());
-  }
-  const bool passed = checksFailed == failedBefore;
-  if (!passed) ++groupsFailed;
-  std::printf("[ %s ] %s (%lu ms)\n", passed ? "      OK" : "  FAILED", name,
-              static_cast<unsigned long>(GetTickCount() - started));
-}
-#define RUN(group, ...) ::pelm::wine::RunGroup(#group, [&] { group(__VA_ARGS__); })
-
-// The line the runner looks for, and the program's status.
-inline int Summary() {
-  std::printf("PELM-WINE-RESULT %d of %d groups passed\n", groupsRun - groupsFailed, groupsRun);
-  return groupsFailed == 0 ? 0 : 1;
-}
-
+// The program cannot run its tests: the line the runner looks for says why.
 inline int Fail(const std::string& why) {
   std::printf("PELM-WINE-RESULT setup failed: %s\n", why.c_str());
   return 1;
