@@ -1,6 +1,6 @@
-// What the models share but each wires up its own way: the two-byte setters,
-// which operations a panel that has gone still accepts, the writer variant and
-// the feature-report getters.
+// What the models share but each wires up its own way: input reports handed to
+// the host as records, the two-byte setters, which operations a panel that has
+// gone still accepts, the writer variant and the feature-report getters.
 
 #include <gtest/gtest.h>
 
@@ -10,11 +10,14 @@
 #include <string>
 
 #include "models/model_test.h"
+#include "platform/sim/panels/engine_ctl_panel.h"
 #include "platform/sim/panels/gear2_panel.h"
 #include "platform/sim/panels/gear_panel.h"
 #include "platform/sim/panels/io_board_panel.h"
 #include "platform/sim/panels/keypad_panel.h"
 #include "platform/sim/panels/knob_panel.h"
+#include "platform/sim/panels/map_ctl_panel.h"
+#include "platform/sim/panels/throttle_panel.h"
 #include "platform/sim/panels/warning_panel.h"
 
 namespace pelm::test {
@@ -44,6 +47,60 @@ const uint16_t kGlyphs[4] = {};
 using Operation = std::function<int32_t(int32_t index)>;
 
 class EveryModelTest : public ModelTest {};
+
+// An input report and the record the host's callback gets for it.
+struct DeliveryCase {
+  uint16_t productId;
+  int32_t modelType;
+  Report report;
+  std::vector<uint8_t> record;
+};
+
+// Each model's record layout, with signed counts at both ends of their range.
+// The report goes to the second panel of the model, so the call names index 1.
+TEST_F(EveryModelTest, InputReportsReachTheCallbackAsTheModelsRecord) {
+  const std::vector<DeliveryCase> cases = {
+      {kRadioId, PELM_MODEL_RADIO, {0, 0xFF, 0x02, 0x05}, BytesOf(PelmRadioInputRecord{{-1, 2}, 0x05})},
+      {kAlphaId, PELM_MODEL_ALPHA, {0, 0x80, 0x7F}, BytesOf(PelmAlphaInputRecord{{-128, 127}})},
+      {kAlpha2Id, PELM_MODEL_ALPHA2, {0, 0xFE, 0x01, 0x5A}, BytesOf(PelmAlpha2InputRecord{{-2, 1}, 0x5A})},
+      {kSquawkId, PELM_MODEL_SQUAWK, {0, 0xFD, 0x81}, BytesOf(PelmSquawkInputRecord{-3, 0x81})},
+      {kAutopilotId, PELM_MODEL_AUTOPILOT, {0, 0xFE, 0x01, 0x00, 0x7F, 0x80, 0x12, 0x34},
+       BytesOf(PelmAutopilotInputRecord{{-2, 1, 0, 127, -128}, {0x12, 0x34}})},
+      // Half-byte counts: low half first.
+      {kAutopilot2Id, PELM_MODEL_AUTOPILOT2, {0, 0x1F, 0x2E, 0x3D, 0x80, 0x00, 0x00, 0x01},
+       BytesOf(PelmAutopilot2InputRecord{{1, 2, -1, 3, -2, -3}, 0x80000001})},
+      {sim::MapCtlPanel::kProductId, PELM_MODEL_MAPCTL, {0, 0, 0, 0x80, 0x7F, 0xFF, 0xA6, 0x0F},
+       BytesOf(PelmMapCtlInputRecord{{-128, 127}, 0x0F7F, 0x52})},
+      {sim::EngineCtlPanel::kProductId, PELM_MODEL_ENGINECTL, {0, 0x44, 0xAA, 0x05},
+       BytesOf(PelmEngineCtlInputRecord{{1, 0, 1, 0}, 0x0FFF})},
+      {sim::ThrottlePanel::kProductId, PELM_MODEL_THROTTLE, {0, 0x10, 1, 0x7F, 0x80, 0xFE, 0xFF, 0x01},
+       BytesOf(PelmThrottleInputRecord{{0x10, 1, 0x7F, 0x80, 0xFE, 0xFF}, 0x10})},
+      {kKnobsId, PELM_MODEL_KNOBS, {0, 0x03, 0xFD, 0x00, 0x80, 0x11}, BytesOf(PelmKnobsInputRecord{{3, -3, 0, -128}, 0x11})},
+      {kGearId, PELM_MODEL_GEAR, {0, 0xFE, 0x40}, BytesOf(PelmGearInputRecord{-2, 0x40})},
+      {kGear2Id, PELM_MODEL_GEAR2, {0, 0xFF, 0x80, 0x7F, 0x05}, BytesOf(PelmGear2InputRecord{{-1, -128, 127}, 0x05})},
+      {sim::IoBoardPanel::kProductId, PELM_MODEL_IOBOARD, {0, 0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77},
+       BytesOf(PelmIoBoardInputRecord{{0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77}})},
+      // Only the key; the rest of the report is not passed on.
+      {kKeypadId, PELM_MODEL_KEYPAD, {0, 0x17, 0x99, 0x42, 0x07}, BytesOf(PelmKeypadInputRecord{0x17, {0, 0, 0}})},
+      {sim::WarningPanel::kProductId, PELM_MODEL_WARNING, {0, 0x81}, BytesOf(PelmWarningInputRecord{0x81})},
+  };
+  std::vector<std::shared_ptr<sim::SimDevice>> devices;
+  for (const DeliveryCase& c : cases) {
+    Plug(c.productId, 1);
+    devices.push_back(Plug(c.productId, 2));
+  }
+  PelmDev_Init(nullptr);
+  for (std::size_t i = 0; i < cases.size(); ++i) {
+    SCOPED_TRACE(devices[i]->Description().path);
+    const InputCapture capture(cases[i].record.size());
+    devices[i]->InjectInput(cases[i].report);
+    const std::vector<CapturedInput> calls = WaitForCalls(capture, 1);
+    ASSERT_EQ(calls.size(), 1u);
+    EXPECT_EQ(calls[0].modelType, cases[i].modelType);
+    EXPECT_EQ(calls[0].deviceIndex, 1);
+    EXPECT_EQ(calls[0].record, cases[i].record);
+  }
+}
 
 // A setter of one value and the report it sends for kValue.
 struct TwoByteSetter {
