@@ -65,12 +65,9 @@ TEST_F(AutopilotPanelsTest, NewerSecondPanelsGetPaddedOutputReports) {
 
 TEST_F(AutopilotPanelsTest, SecondPanelRemembersItsIndicatorsWithoutAskingThePanel) {
   auto device = PlugAndInit(Autopilot2PanelSim::kProductId);
-  uint32_t indicators = 0xFFFFFFFF;
-  ASSERT_EQ(PelmAutopilot2_GetIndicators(0, &indicators), PELM_SUCCESS);
-  EXPECT_EQ(indicators, 0u);
+  EXPECT_EQ(Read(PelmAutopilot2_GetIndicators), Values{0});
   ASSERT_EQ(PelmAutopilot2_SetIndicators(0, 0x01020304), PELM_SUCCESS);
-  ASSERT_EQ(PelmAutopilot2_GetIndicators_stdcall(0, &indicators), PELM_SUCCESS);
-  EXPECT_EQ(indicators, 0x01020304u);
+  EXPECT_EQ(Read(PelmAutopilot2_GetIndicators_stdcall), Values{0x01020304});
   // Four bytes of which the last is read-only: none of them is written.
   GuardedMemory memory;
   ASSERT_TRUE(memory.Mapped());

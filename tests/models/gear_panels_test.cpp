@@ -37,9 +37,7 @@ TEST_F(GearPanelsTest, IndicatorBitsZeroAndOneAreAlwaysSent) {
   EXPECT_EQ(PelmGear_SetIndicators(0, 0), PELM_SUCCESS);
   EXPECT_EQ(PelmGear_SetIndicators(0, 0x1F0), PELM_SUCCESS);
   EXPECT_EQ(WaitForSent(*device, 2, LogOp::SetFeature), (std::vector<Report>{{2, 0x03}, {2, 0xF3}}));
-  uint8_t indicators = 0;
-  ASSERT_EQ(PelmGear_GetIndicators(0, &indicators), PELM_SUCCESS);
-  EXPECT_EQ(indicators, 0xF3);
+  EXPECT_EQ(Read(PelmGear_GetIndicators), Values{0xF3});
 }
 
 TEST_F(GearPanelsTest, SecondPanelOpenReadsTheControlsAtTheFeatureLengthAndSendsNothing) {

@@ -58,9 +58,7 @@ TEST_F(KeypadTest, LampsGoOutAsOutputReportsRetriedOnAFreshHandle) {
   EXPECT_FALSE(attempts[0].succeeded);
   EXPECT_NE(attempts[1].handleId, attempts[0].handleId);
   EXPECT_EQ(device->CountOf(LogOp::SetFeature), 0u);
-  uint32_t level = 0xFFFFFFFF;
-  ASSERT_EQ(PelmKeypad_GetBrightness(0, &level), PELM_SUCCESS);
-  EXPECT_EQ(level, 0x0Fu);
+  EXPECT_EQ(Read(PelmKeypad_GetBrightness), Values{0x0F});
 }
 
 }  // namespace

@@ -37,9 +37,7 @@ TEST_F(KnobPanelTest, SetIndicatorsReadsTheLampsFirstAndReportsAFailedRead) {
   EXPECT_EQ(PelmKnobs_SetBrightness(0, 0x2A), PELM_SUCCESS);
   ASSERT_EQ(WaitForSent(*device, 2, LogOp::SetFeature), (std::vector<Report>{{2, 0x5C}, {3, 0x0A}}));
   EXPECT_EQ(device->LogOf(LogOp::GetFeature).back().bytes, (Report{2, 0}));
-  uint16_t level = 0;
-  ASSERT_EQ(PelmKnobs_GetBrightness(0, &level), PELM_SUCCESS);
-  EXPECT_EQ(level, 0x0A);
+  EXPECT_EQ(Read(PelmKnobs_GetBrightness), Values{0x0A});
 
   device->FailFeatureReads(true);
   EXPECT_EQ(PelmKnobs_SetIndicators(0, 0x33), PELM_ERR_IO);
