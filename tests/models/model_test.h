@@ -1,6 +1,7 @@
 #pragma once
-// Helpers for the model tests: setter tables, waiting for the writer's sends
-// and for input callbacks, and taking a panel away and back.
+// Helpers for the model tests: getters read into one shape, input reports
+// delivered, setter tables, waiting for the writer's sends, and taking a panel
+// away and back.
 
 #include <cstring>
 #include <functional>
@@ -18,12 +19,6 @@ template <class Record>
 std::vector<uint8_t> BytesOf(const Record& record) {
   const auto* bytes = reinterpret_cast<const uint8_t*>(&record);
   return std::vector<uint8_t>(bytes, bytes + sizeof record);
-}
-
-// The input callbacks received, once there are at least `count`.
-inline std::vector<CapturedInput> WaitForCalls(const InputCapture& capture, std::size_t count) {
-  EXPECT_TRUE(capture.WaitForCount(count));
-  return capture.Calls();
 }
 
 // The values of a getter's outputs, in the order of its parameters.

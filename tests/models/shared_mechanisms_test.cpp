@@ -94,7 +94,8 @@ TEST_F(EveryModelTest, InputReportsReachTheCallbackAsTheModelsRecord) {
     SCOPED_TRACE(devices[i]->Description().path);
     const InputCapture capture(cases[i].record.size());
     devices[i]->InjectInput(cases[i].report);
-    const std::vector<CapturedInput> calls = WaitForCalls(capture, 1);
+    ASSERT_TRUE(capture.WaitForCount(1));
+    const std::vector<CapturedInput> calls = capture.Calls();
     ASSERT_EQ(calls.size(), 1u);
     EXPECT_EQ(calls[0].modelType, cases[i].modelType);
     EXPECT_EQ(calls[0].deviceIndex, 1);
