@@ -46,7 +46,19 @@ const uint16_t kGlyphs[4] = {};
 
 using Operation = std::function<int32_t(int32_t index)>;
 
-class EveryModelTest : public ModelTest {};
+class EveryModelTest : public ModelTest {
+ protected:
+  // Plugs two panels of each row's model and gives the second of each.
+  template <class Row>
+  std::vector<std::shared_ptr<sim::SimDevice>> PlugTwoOfEach(const std::vector<Row>& rows) {
+    std::vector<std::shared_ptr<sim::SimDevice>> second;
+    for (const Row& row : rows) {
+      Plug(row.productId, 1);
+      second.push_back(Plug(row.productId, 2));
+    }
+    return second;
+  }
+};
 
 // An input report and the record the host's callback gets for it.
 struct DeliveryCase {
@@ -84,11 +96,7 @@ TEST_F(EveryModelTest, InputReportsReachTheCallbackAsTheModelsRecord) {
       {kKeypadId, PELM_MODEL_KEYPAD, {0, 0x17, 0x99, 0x42, 0x07}, BytesOf(PelmKeypadInputRecord{0x17, {0, 0, 0}})},
       {sim::WarningPanel::kProductId, PELM_MODEL_WARNING, {0, 0x81}, BytesOf(PelmWarningInputRecord{0x81})},
   };
-  std::vector<std::shared_ptr<sim::SimDevice>> devices;
-  for (const DeliveryCase& c : cases) {
-    Plug(c.productId, 1);
-    devices.push_back(Plug(c.productId, 2));
-  }
+  const auto devices = PlugTwoOfEach(cases);
   PelmDev_Init(nullptr);
   for (std::size_t i = 0; i < cases.size(); ++i) {
     SCOPED_TRACE(devices[i]->Description().path);
@@ -248,11 +256,7 @@ TEST_F(EveryModelTest, APanelThatHasGoneKeepsItsSlotAndRefusesAllButItsSilentSet
        [](int32_t i) { return PelmWarning_SetIndColorValue(i, 2, 1); }, {2, 2, 100, 100, 100}, LogOp::WriteOutput,
        12},
   };
-  std::vector<std::shared_ptr<sim::SimDevice>> devices;
-  for (const GoneModel& model : models) {
-    Plug(model.productId, 1);
-    devices.push_back(Plug(model.productId, 2));
-  }
+  const auto devices = PlugTwoOfEach(models);
   PelmDev_Init(kHostInstance);
   for (std::size_t m = 0; m < models.size(); ++m) {
     const GoneModel& model = models[m];
