@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include "models/alpha_panels.h"
 #include "models/model_test.h"
 #include "platform/sim/panels/alpha_panels.h"
 
@@ -37,34 +36,18 @@ TEST_F(AlphaPanelsTest, SecondPanelHasSixNumericPositions) {
   });
 }
 
-TEST_F(AlphaPanelsTest, FirstPanelDialsAreSignedAndResetWhenRead) {
+TEST_F(AlphaPanelsTest, FirstPanelDialsAreHandedOutOnce) {
   auto device = PlugAndInit(AlphaPanelSim::kAlphaProductId);
-  InputCapture capture(sizeof(AlphaInputRecord));
-  device->InjectInput({0, 0x80, 0x7F});
-  const auto received = WaitForCalls(capture, 1);
-  EXPECT_EQ(received[0].modelType, PELM_MODEL_ALPHA);
-  EXPECT_EQ(received[0].record, BytesOf(AlphaInputRecord{{-128, 127}}));
-  int16_t dial1 = 0, dial2 = 0;
-  ASSERT_EQ(PelmAlpha_GetDialVals(0, &dial1, &dial2), PELM_SUCCESS);
-  EXPECT_EQ(std::make_pair(dial1, dial2), std::make_pair(int16_t{-128}, int16_t{127}));
-  ASSERT_EQ(PelmAlpha_GetDialVals_stdcall(0, &dial1, &dial2), PELM_SUCCESS);
-  EXPECT_EQ(std::make_pair(dial1, dial2), std::make_pair(int16_t{0}, int16_t{0}));
+  Deliver(*device, {{0, 0x80, 0x7F}});
+  EXPECT_EQ(Read(PelmAlpha_GetDialVals), (Values{-128, 127}));
+  EXPECT_EQ(Read(PelmAlpha_GetDialVals_stdcall), (Values{0, 0}));
 }
 
 TEST_F(AlphaPanelsTest, SecondPanelReportsSwitchesThatStay) {
   auto device = PlugAndInit(AlphaPanelSim::kAlpha2ProductId);
-  InputCapture capture(sizeof(Alpha2InputRecord));
-  device->InjectInput({0, 0xFE, 0x01, 0x5A});
-  const auto received = WaitForCalls(capture, 1);
-  EXPECT_EQ(received[0].modelType, PELM_MODEL_ALPHA2);
-  EXPECT_EQ(received[0].record, BytesOf(Alpha2InputRecord{{-2, 1}, 0x5A}));
-  int16_t dial1 = 0, dial2 = 0;
-  uint8_t switches = 0;
-  for (int call = 0; call < 2; ++call) {
-    ASSERT_EQ(PelmAlpha2_GetControlVals(0, &dial1, &dial2, &switches), PELM_SUCCESS);
-    EXPECT_EQ(switches, 0x5A);
-  }
-  EXPECT_EQ(std::make_pair(dial1, dial2), std::make_pair(int16_t{0}, int16_t{0}));
+  Deliver(*device, {{0, 0xFE, 0x01, 0x5A}});
+  EXPECT_EQ(Read(PelmAlpha2_GetControlVals), (Values{-2, 1, 0x5A}));
+  EXPECT_EQ(Read(PelmAlpha2_GetControlVals), (Values{0, 0, 0x5A}));
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 
 #include <cstring>
 
-#include "models/autopilot_panels.h"
 #include "models/model_test.h"
 #include "platform/sim/panels/autopilot_panels.h"
 #include "support/guarded_memory.h"
@@ -20,25 +19,7 @@ using sim::AutopilotPanelSim;
 constexpr uint16_t kPaddedOutputVersion = 0x0200;
 const uint8_t kSegments[] = {1, 2, 3, 4, 5, 6};
 
-class AutopilotPanelsTest : public ModelTest {
- protected:
-  // Both GetControlVals in one shape: six dials (the first panel's sixth stays
-  // 0) and the switches as one word (the first panel's two bytes, first byte high).
-  using Controls = std::pair<std::vector<int16_t>, uint32_t>;
-  static Controls TakeAutopilotControls() {
-    std::vector<int16_t> d(6);
-    uint8_t s1 = 0, s2 = 0;
-    EXPECT_EQ(PelmAutopilot_GetControlVals(0, &d[0], &d[1], &d[2], &d[3], &d[4], &s1, &s2), PELM_SUCCESS);
-    return {d, static_cast<uint32_t>(s1 << 8 | s2)};
-  }
-  static Controls TakeAutopilot2Controls() {
-    std::vector<int16_t> d(6);
-    uint32_t switches = 0;
-    EXPECT_EQ(PelmAutopilot2_GetControlVals_stdcall(0, &d[0], &d[1], &d[2], &d[3], &d[4], &d[5], &switches),
-              PELM_SUCCESS);
-    return {d, switches};
-  }
-};
+class AutopilotPanelsTest : public ModelTest {};
 
 TEST_F(AutopilotPanelsTest, FirstPanelSendsEachDisplayWithItsLength) {
   auto device = PlugAndInit(AutopilotPanelSim::kProductId);
@@ -84,12 +65,9 @@ TEST_F(AutopilotPanelsTest, NewerSecondPanelsGetPaddedOutputReports) {
 
 TEST_F(AutopilotPanelsTest, SecondPanelRemembersItsIndicatorsWithoutAskingThePanel) {
   auto device = PlugAndInit(Autopilot2PanelSim::kProductId);
-  uint32_t indicators = 0xFFFFFFFF;
-  ASSERT_EQ(PelmAutopilot2_GetIndicators(0, &indicators), PELM_SUCCESS);
-  EXPECT_EQ(indicators, 0u);
+  EXPECT_EQ(Read(PelmAutopilot2_GetIndicators), Values{0});
   ASSERT_EQ(PelmAutopilot2_SetIndicators(0, 0x01020304), PELM_SUCCESS);
-  ASSERT_EQ(PelmAutopilot2_GetIndicators_stdcall(0, &indicators), PELM_SUCCESS);
-  EXPECT_EQ(indicators, 0x01020304u);
+  EXPECT_EQ(Read(PelmAutopilot2_GetIndicators_stdcall), Values{0x01020304});
   // Four bytes of which the last is read-only: none of them is written.
   GuardedMemory memory;
   ASSERT_TRUE(memory.Mapped());
@@ -103,26 +81,16 @@ TEST_F(AutopilotPanelsTest, SecondPanelRemembersItsIndicatorsWithoutAskingThePan
   EXPECT_EQ(device->CountOf(sim::LogOp::GetFeature), 1u);  // the open-time read only
 }
 
+// The first panel's getter gives its two switch bytes apart, the second's
+// its switches as one word.
 TEST_F(AutopilotPanelsTest, InputReportsGiveSignedDialsAndSwitches) {
   auto first = Plug(AutopilotPanelSim::kProductId, 1);
   auto second = Plug(Autopilot2PanelSim::kProductId, 1);
   PelmDev_Init(nullptr);
-  {
-    InputCapture capture(sizeof(AutopilotInputRecord));
-    first->InjectInput({0x00, 0xFE, 0x01, 0x00, 0x7F, 0x80, 0x12, 0x34});
-    const auto received = WaitForCalls(capture, 1);
-    EXPECT_EQ(received[0].modelType, PELM_MODEL_AUTOPILOT);
-    EXPECT_EQ(received[0].record, BytesOf(AutopilotInputRecord{{-2, 1, 0, 127, -128}, {0x12, 0x34}}));
-  }
-  {
-    InputCapture capture(sizeof(Autopilot2InputRecord));
-    second->InjectInput({0x00, 0x1F, 0x2E, 0x3D, 0x80, 0x00, 0x00, 0x01});
-    const auto received = WaitForCalls(capture, 1);
-    EXPECT_EQ(received[0].modelType, PELM_MODEL_AUTOPILOT2);
-    EXPECT_EQ(received[0].record, BytesOf(Autopilot2InputRecord{{1, 2, -1, 3, -2, -3}, 0x80000001}));
-  }
-  EXPECT_EQ(TakeAutopilotControls(), Controls({-2, 1, 0, 127, -128, 0}, 0x1234));
-  EXPECT_EQ(TakeAutopilot2Controls(), Controls({1, 2, -1, 3, -2, -3}, 0x80000001));
+  Deliver(*first, {{0x00, 0xFE, 0x01, 0x00, 0x7F, 0x80, 0x12, 0x34}});
+  Deliver(*second, {{0x00, 0x1F, 0x2E, 0x3D, 0x80, 0x00, 0x00, 0x01}});
+  EXPECT_EQ(Read(PelmAutopilot_GetControlVals), (Values{-2, 1, 0, 127, -128, 0x12, 0x34}));
+  EXPECT_EQ(Read(PelmAutopilot2_GetControlVals_stdcall), (Values{1, 2, -1, 3, -2, -3, 0x80000001}));
 }
 
 TEST_F(AutopilotPanelsTest, OpenTimeDialsAreHandedOutOnceThenReset) {
@@ -133,10 +101,10 @@ TEST_F(AutopilotPanelsTest, OpenTimeDialsAreHandedOutOnceThenReset) {
   PelmDev_Init(nullptr);
   // The first panel's bytes count as unsigned; the second's half-bytes come in
   // plain order, not in the input report's.
-  EXPECT_EQ(TakeAutopilotControls(), Controls({254, 1, 128, 0, 127, 0}, 0xA1B2));
-  EXPECT_EQ(TakeAutopilot2Controls(), Controls({1, -1, 2, -2, 3, -3}, 0x12345678));
-  EXPECT_EQ(TakeAutopilotControls(), Controls({0, 0, 0, 0, 0, 0}, 0xA1B2));
-  EXPECT_EQ(TakeAutopilot2Controls(), Controls({0, 0, 0, 0, 0, 0}, 0x12345678));
+  EXPECT_EQ(Read(PelmAutopilot_GetControlVals), (Values{254, 1, 128, 0, 127, 0xA1, 0xB2}));
+  EXPECT_EQ(Read(PelmAutopilot2_GetControlVals_stdcall), (Values{1, -1, 2, -2, 3, -3, 0x12345678}));
+  EXPECT_EQ(Read(PelmAutopilot_GetControlVals), (Values{0, 0, 0, 0, 0, 0xA1, 0xB2}));
+  EXPECT_EQ(Read(PelmAutopilot2_GetControlVals_stdcall), (Values{0, 0, 0, 0, 0, 0, 0x12345678}));
 }
 
 }  // namespace

@@ -5,49 +5,30 @@
 
 #include <gtest/gtest.h>
 
+#include "models/model_test.h"
 #include "platform/sim/panels/engine_ctl_panel.h"
-#include "support/input_capture.h"
-#include "support/library_fixture.h"
 
 namespace pelm::test {
 namespace {
 
 constexpr uint16_t kEngineCtlId = sim::EngineCtlPanel::kProductId;
 
-struct Controls {
-  uint8_t selector = 0xA5;
-  uint8_t switch1 = 0xA5;
-  uint8_t threePosition = 0xA5;
-  uint8_t switch2 = 0xA5;
-  uint16_t switches = 0xA5A5;
-  bool operator==(const Controls&) const = default;
-};
-
-std::ostream& operator<<(std::ostream& out, const Controls& c) {
-  return out << "{" << int{c.selector} << ", " << int{c.switch1} << ", " << int{c.threePosition} << ", "
-             << int{c.switch2} << ", 0x" << std::hex << c.switches << std::dec << "}";
-}
-
-Controls ReadControls(int32_t index) {
-  Controls c;
-  EXPECT_EQ(PelmEngineCtl_GetControlVals(index, &c.selector, &c.switch1, &c.threePosition, &c.switch2, &c.switches),
-            PELM_SUCCESS);
-  return c;
-}
-
-Controls FromRecord(const EngineCtlInputRecord& record) {
+// The selector, the first switch, the three-position switch, the second
+// switch and the switch word, as the getter and the record give them.
+Values FromRecord(const CapturedInput& call) {
+  const auto record = call.As<EngineCtlInputRecord>();
   return {record.controlVals[0], record.controlVals[1], record.controlVals[2], record.controlVals[3],
           record.switchVals};
 }
 
-class EngineCtlTest : public LibraryTest {};
+class EngineCtlTest : public ModelTest {};
 
 TEST_F(EngineCtlTest, ReportsAreDecodedAndOnlySelectorReportsCalledBack) {
   // Applied in order; each step changes what the getters show, so the test
   // knows when the reader has handled it.
   struct Step {
     uint8_t b1, b2, b3;
-    Controls expected;
+    Values expected;
     bool calledBack;
   };
   const Step steps[] = {
@@ -72,21 +53,17 @@ TEST_F(EngineCtlTest, ReportsAreDecodedAndOnlySelectorReportsCalledBack) {
   auto device = Plug(kEngineCtlId, 1);
   PelmDev_Init(nullptr);
   InputCapture capture(sizeof(EngineCtlInputRecord));
-  std::vector<Controls> expectedCalls;
+  std::vector<Values> expectedCalls;
   for (const Step& step : steps) {
     device->InjectInput({0, step.b1, step.b2, step.b3});
-    EXPECT_TRUE(WaitUntil([&] { return ReadControls(0) == step.expected; }))
+    EXPECT_TRUE(WaitUntil([&] { return Read(PelmEngineCtl_GetControlVals) == step.expected; }))
         << "report " << std::hex << int{step.b1} << " " << int{step.b2} << " " << int{step.b3} << " gives "
-        << ReadControls(0) << ", not " << step.expected;
+        << testing::PrintToString(Read(PelmEngineCtl_GetControlVals));
     if (step.calledBack) expectedCalls.push_back(step.expected);
   }
   ASSERT_TRUE(capture.WaitForCount(expectedCalls.size()));
-  std::vector<Controls> calls;
-  for (const CapturedInput& call : capture.Calls()) {
-    EXPECT_EQ(call.modelType, PELM_MODEL_ENGINECTL);
-    EXPECT_EQ(call.deviceIndex, 0);
-    calls.push_back(FromRecord(call.As<EngineCtlInputRecord>()));
-  }
+  std::vector<Values> calls;
+  for (const CapturedInput& call : capture.Calls()) calls.push_back(FromRecord(call));
   EXPECT_EQ(calls, expectedCalls);
 }
 
@@ -97,19 +74,16 @@ TEST_F(EngineCtlTest, TheOpenTimeReportSeedsTheGettersWithoutACallback) {
   device->PanelAs<sim::EngineCtlPanel>().SetReportBytes({0x10, 0xFF, 0xFF});
   PelmDevExt_DispatchEvents();
   ASSERT_EQ(PelmEngineCtl_GetNumDevices(), 1u);
-  EXPECT_EQ(ReadControls(0), (Controls{3, 1, 0, 1, 0x0F03}));
+  EXPECT_EQ(Read(PelmEngineCtl_GetControlVals), (Values{3, 1, 0, 1, 0x0F03}));
 
   // The first callback is the first input report's, not the open-time read's.
   device->InjectInput({0, 0x40, 0xFF, 0xFF});
   ASSERT_TRUE(capture.WaitForCount(1));
   ASSERT_EQ(capture.Count(), 1u);
-  EXPECT_EQ(FromRecord(capture.Calls()[0].As<EngineCtlInputRecord>()), (Controls{1, 1, 0, 1, 0x0F03}));
+  EXPECT_EQ(FromRecord(capture.Calls()[0]), (Values{1, 1, 0, 1, 0x0F03}));
 
-  Controls c;
-  bus().Unplug(device->Description().path);
-  PelmDevExt_DispatchEvents();
-  EXPECT_EQ(PelmEngineCtl_GetControlVals(0, &c.selector, &c.switch1, &c.threePosition, &c.switch2, &c.switches),
-            PELM_ERR_NODEVICE);
+  Disconnect(*device);
+  EXPECT_EQ(PelmEngineCtl_GetControlVals(0, nullptr, nullptr, nullptr, nullptr, nullptr), PELM_ERR_NODEVICE);
 }
 
 }  // namespace

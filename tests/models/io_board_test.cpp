@@ -3,9 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/sim/panels/io_board_panel.h"
-#include "support/input_capture.h"
 #include "models/model_test.h"
+#include "platform/sim/panels/io_board_panel.h"
 
 namespace pelm::test {
 namespace {
@@ -14,7 +13,6 @@ using sim::IoBoardPanel;
 using sim::LogOp;
 using sim::Report;
 
-constexpr std::size_t kIoBoardRecordSize = 7;
 constexpr platform::HidCaps kLongOutputCaps = {8, 10, 8};
 
 class IoBoardTest : public ModelTest {};
@@ -51,20 +49,10 @@ TEST_F(IoBoardTest, InputsComeFromTheOpenTimeReadThenFromEveryReport) {
   auto device = Plug(IoBoardPanel::kProductId, 1);
   device->PanelAs<IoBoardPanel>().SetInputs({1, 2, 3, 4, 5, 6, 7});
   PelmDev_Init(nullptr);
-  uint8_t in[7] = {};
-  ASSERT_EQ(PelmIoBoard_GetSwitchVals(0, &in[0], &in[1], &in[2], &in[3], &in[4], &in[5], &in[6]), PELM_SUCCESS);
-  EXPECT_EQ(Report(in, in + 7), (Report{1, 2, 3, 4, 5, 6, 7}));
-
-  InputCapture inputs(kIoBoardRecordSize);
+  EXPECT_EQ(Read(PelmIoBoard_GetSwitchVals), (Values{1, 2, 3, 4, 5, 6, 7}));
   const Report report = {0, 0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77};
-  device->InjectInput(report);
-  device->InjectInput(report);
-  ASSERT_TRUE(inputs.WaitForCount(2));  // a repeated report is delivered too
-  const auto seen = inputs.Calls();
-  EXPECT_EQ(seen[1].modelType, PELM_MODEL_IOBOARD);
-  EXPECT_EQ(seen[1].record, Report(report.begin() + 1, report.end()));
-  ASSERT_EQ(PelmIoBoard_GetSwitchVals(0, &in[0], &in[1], &in[2], &in[3], &in[4], &in[5], &in[6]), PELM_SUCCESS);
-  EXPECT_EQ(Report(in, in + 7), Report(report.begin() + 1, report.end()));
+  Deliver(*device, {report, report});  // a repeated report is delivered too
+  EXPECT_EQ(Read(PelmIoBoard_GetSwitchVals), (Values{0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77}));
 
   // A missing pointer writes nothing.
   uint8_t untouched[7] = {};

@@ -1,9 +1,12 @@
 #pragma once
-// Helpers for the model tests: setter tables, waiting for the writer's sends
-// and for input callbacks, and taking a panel away and back.
+// Helpers for the model tests: getters read into one shape, input reports
+// delivered, setter tables, waiting for the writer's sends, and taking a panel
+// away and back.
 
+#include <cstring>
 #include <functional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "support/input_capture.h"
@@ -18,10 +21,25 @@ std::vector<uint8_t> BytesOf(const Record& record) {
   return std::vector<uint8_t>(bytes, bytes + sizeof record);
 }
 
-// The input callbacks received, once there are at least `count`.
-inline std::vector<CapturedInput> WaitForCalls(const InputCapture& capture, std::size_t count) {
-  EXPECT_TRUE(capture.WaitForCount(count));
-  return capture.Calls();
+// The values of a getter's outputs, in the order of its parameters.
+using Values = std::vector<int64_t>;
+
+// Calls a getter of panel `index` and gives what it wrote. Every output starts
+// as a filler that no test expects, so one left unwritten shows.
+template <class... Out>
+Values Read(int32_t (*getter)(int32_t, Out*...), int32_t index = 0) {
+  std::tuple<Out...> outs;
+  std::apply([](Out&... out) { (std::memset(&out, 0xA5, sizeof out), ...); }, outs);
+  EXPECT_EQ(std::apply([&](Out&... out) { return getter(index, &out...); }, outs), PELM_SUCCESS);
+  return std::apply([](const Out&... out) { return Values{int64_t{out}...}; }, outs);
+}
+
+// Injects input reports and waits until the host has been called back for
+// each, so that the getters show them.
+inline void Deliver(sim::SimDevice& device, std::initializer_list<sim::Report> reports) {
+  const InputCapture capture(1);
+  for (const sim::Report& report : reports) device.InjectInput(report);
+  EXPECT_TRUE(capture.WaitForCount(reports.size()));
 }
 
 // A setter call and the report it must send.

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include "models/model_test.h"
-#include "models/radio_panel.h"
 #include "platform/sim/panels/radio_panel.h"
 #include "support/guarded_memory.h"
 
@@ -29,25 +28,15 @@ TEST_F(RadioPanelTest, SettersSendTheirFeatureReportsByteForByte) {
   });
 }
 
-TEST_F(RadioPanelTest, InputReportsReachTheCallbackAndTheGettersThatResetTheDials) {
+TEST_F(RadioPanelTest, TheGettersHandEachDialCountOutOnce) {
   auto device = PlugAndInit(RadioPanelSim::kProductId);
-  InputCapture capture(sizeof(RadioInputRecord));
-  device->InjectInput({0, 0xFF, 0x02, 0x05});
-  const auto received = WaitForCalls(capture, 1);
-  ASSERT_EQ(received.size(), 1u);
-  EXPECT_EQ(received[0].modelType, PELM_MODEL_RADIO);
-  EXPECT_EQ(received[0].record, BytesOf(RadioInputRecord{{-1, 2}, 0x05}));
-
-  int16_t dial1 = 0, dial2 = 0;
-  uint8_t switches = 0;
-  ASSERT_EQ(PelmRadio_GetControlVals(0, &dial1, &dial2, &switches), PELM_SUCCESS);
-  EXPECT_EQ(std::make_tuple(dial1, dial2, switches), std::make_tuple(int16_t{-1}, int16_t{2}, uint8_t{5}));
-  ASSERT_EQ(PelmRadio_GetControlVals_stdcall(0, &dial1, &dial2, &switches), PELM_SUCCESS);
-  EXPECT_EQ(std::make_tuple(dial1, dial2, switches), std::make_tuple(int16_t{0}, int16_t{0}, uint8_t{5}));
+  Deliver(*device, {{0, 0xFF, 0x02, 0x05}});
+  EXPECT_EQ(Read(PelmRadio_GetControlVals), (Values{-1, 2, 5}));
+  EXPECT_EQ(Read(PelmRadio_GetControlVals_stdcall), (Values{0, 0, 5}));
 
   // A null or unwritable pointer leaves its dial for a later call.
-  device->InjectInput({0, 3, 4, 0});
-  WaitForCalls(capture, 2);
+  Deliver(*device, {{0, 3, 4, 0}});
+  int16_t dial1 = 0, dial2 = 0;
   GuardedMemory memory;
   ASSERT_TRUE(memory.Mapped());
   EXPECT_EQ(PelmRadio_GetControlVals(0, nullptr, &dial2, nullptr), PELM_SUCCESS);
@@ -62,10 +51,7 @@ TEST_F(RadioPanelTest, TheOpenTimeReadSeedsTheSwitchesButNotTheDials) {
   device->PanelAs<RadioPanelSim>().SetControlState(5, 6, 0x81);
   PelmDev_Init(nullptr);
   EXPECT_EQ(SentReports(*device, sim::LogOp::GetFeature), (std::vector<Report>{{8, 5, 6, 0x81}}));
-  int16_t dial1 = 7, dial2 = 7;
-  uint8_t switches = 0;
-  ASSERT_EQ(PelmRadio_GetControlVals(0, &dial1, &dial2, &switches), PELM_SUCCESS);
-  EXPECT_EQ(std::make_tuple(dial1, dial2, switches), std::make_tuple(int16_t{0}, int16_t{0}, uint8_t{0x81}));
+  EXPECT_EQ(Read(PelmRadio_GetControlVals), (Values{0, 0, 0x81}));
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
-// What the models share but each wires up its own way: the two-byte setters,
-// which operations a panel that has gone still accepts, the writer variant and
-// the feature-report getters.
+// What the models share but each wires up its own way: input reports handed to
+// the host as records, the two-byte setters, which operations a panel that has
+// gone still accepts, the writer variant and the feature-report getters.
 
 #include <gtest/gtest.h>
 
@@ -10,11 +10,14 @@
 #include <string>
 
 #include "models/model_test.h"
+#include "platform/sim/panels/engine_ctl_panel.h"
 #include "platform/sim/panels/gear2_panel.h"
 #include "platform/sim/panels/gear_panel.h"
 #include "platform/sim/panels/io_board_panel.h"
 #include "platform/sim/panels/keypad_panel.h"
 #include "platform/sim/panels/knob_panel.h"
+#include "platform/sim/panels/map_ctl_panel.h"
+#include "platform/sim/panels/throttle_panel.h"
 #include "platform/sim/panels/warning_panel.h"
 
 namespace pelm::test {
@@ -43,7 +46,70 @@ const uint16_t kGlyphs[4] = {};
 
 using Operation = std::function<int32_t(int32_t index)>;
 
-class EveryModelTest : public ModelTest {};
+class EveryModelTest : public ModelTest {
+ protected:
+  // Plugs two panels of each row's model and gives the second of each.
+  template <class Row>
+  std::vector<std::shared_ptr<sim::SimDevice>> PlugTwoOfEach(const std::vector<Row>& rows) {
+    std::vector<std::shared_ptr<sim::SimDevice>> second;
+    for (const Row& row : rows) {
+      Plug(row.productId, 1);
+      second.push_back(Plug(row.productId, 2));
+    }
+    return second;
+  }
+};
+
+// An input report and the record the host's callback gets for it.
+struct DeliveryCase {
+  uint16_t productId;
+  int32_t modelType;
+  Report report;
+  std::vector<uint8_t> record;
+};
+
+// Each model's record layout, with signed counts at both ends of their range.
+// The report goes to the second panel of the model, so the call names index 1.
+TEST_F(EveryModelTest, InputReportsReachTheCallbackAsTheModelsRecord) {
+  const std::vector<DeliveryCase> cases = {
+      {kRadioId, PELM_MODEL_RADIO, {0, 0xFF, 0x02, 0x05}, BytesOf(PelmRadioInputRecord{{-1, 2}, 0x05})},
+      {kAlphaId, PELM_MODEL_ALPHA, {0, 0x80, 0x7F}, BytesOf(PelmAlphaInputRecord{{-128, 127}})},
+      {kAlpha2Id, PELM_MODEL_ALPHA2, {0, 0xFE, 0x01, 0x5A}, BytesOf(PelmAlpha2InputRecord{{-2, 1}, 0x5A})},
+      {kSquawkId, PELM_MODEL_SQUAWK, {0, 0xFD, 0x81}, BytesOf(PelmSquawkInputRecord{-3, 0x81})},
+      {kAutopilotId, PELM_MODEL_AUTOPILOT, {0, 0xFE, 0x01, 0x00, 0x7F, 0x80, 0x12, 0x34},
+       BytesOf(PelmAutopilotInputRecord{{-2, 1, 0, 127, -128}, {0x12, 0x34}})},
+      // Half-byte counts: low half first.
+      {kAutopilot2Id, PELM_MODEL_AUTOPILOT2, {0, 0x1F, 0x2E, 0x3D, 0x80, 0x00, 0x00, 0x01},
+       BytesOf(PelmAutopilot2InputRecord{{1, 2, -1, 3, -2, -3}, 0x80000001})},
+      {sim::MapCtlPanel::kProductId, PELM_MODEL_MAPCTL, {0, 0, 0, 0x80, 0x7F, 0xFF, 0xA6, 0x0F},
+       BytesOf(PelmMapCtlInputRecord{{-128, 127}, 0x0F7F, 0x52})},
+      {sim::EngineCtlPanel::kProductId, PELM_MODEL_ENGINECTL, {0, 0x44, 0xAA, 0x05},
+       BytesOf(PelmEngineCtlInputRecord{{1, 0, 1, 0}, 0x0FFF})},
+      {sim::ThrottlePanel::kProductId, PELM_MODEL_THROTTLE, {0, 0x10, 1, 0x7F, 0x80, 0xFE, 0xFF, 0x01},
+       BytesOf(PelmThrottleInputRecord{{0x10, 1, 0x7F, 0x80, 0xFE, 0xFF}, 0x10})},
+      {kKnobsId, PELM_MODEL_KNOBS, {0, 0x03, 0xFD, 0x00, 0x80, 0x11}, BytesOf(PelmKnobsInputRecord{{3, -3, 0, -128}, 0x11})},
+      {kGearId, PELM_MODEL_GEAR, {0, 0xFE, 0x40}, BytesOf(PelmGearInputRecord{-2, 0x40})},
+      {kGear2Id, PELM_MODEL_GEAR2, {0, 0xFF, 0x80, 0x7F, 0x05}, BytesOf(PelmGear2InputRecord{{-1, -128, 127}, 0x05})},
+      {sim::IoBoardPanel::kProductId, PELM_MODEL_IOBOARD, {0, 0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77},
+       BytesOf(PelmIoBoardInputRecord{{0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77}})},
+      // Only the key; the rest of the report is not passed on.
+      {kKeypadId, PELM_MODEL_KEYPAD, {0, 0x17, 0x99, 0x42, 0x07}, BytesOf(PelmKeypadInputRecord{0x17, {0, 0, 0}})},
+      {sim::WarningPanel::kProductId, PELM_MODEL_WARNING, {0, 0x81}, BytesOf(PelmWarningInputRecord{0x81})},
+  };
+  const auto devices = PlugTwoOfEach(cases);
+  PelmDev_Init(nullptr);
+  for (std::size_t i = 0; i < cases.size(); ++i) {
+    SCOPED_TRACE(devices[i]->Description().path);
+    const InputCapture capture(cases[i].record.size());
+    devices[i]->InjectInput(cases[i].report);
+    ASSERT_TRUE(capture.WaitForCount(1));
+    const std::vector<CapturedInput> calls = capture.Calls();
+    ASSERT_EQ(calls.size(), 1u);
+    EXPECT_EQ(calls[0].modelType, cases[i].modelType);
+    EXPECT_EQ(calls[0].deviceIndex, 1);
+    EXPECT_EQ(calls[0].record, cases[i].record);
+  }
+}
 
 // A setter of one value and the report it sends for kValue.
 struct TwoByteSetter {
@@ -94,143 +160,124 @@ TEST_F(EveryModelTest, TwoByteSettersSendTheirReportIdAndTheLowByte) {
   }
 }
 
-struct DisconnectedModel {
+// Where a value is written that no check looks at.
+uint8_t scratch[7];
+int16_t counts[4];
+
+struct GoneModel {
   uint16_t productId;
+  uint32_t (*devices)();
   std::vector<Operation> silent;   // PELM_SUCCESS and nothing sent
   std::vector<Operation> refused;  // PELM_ERR_NODEVICE
   // A setter and its report: the only report after the panel is back shows
   // that nothing was queued while it was away.
   Operation marker;
   Report markerReport;
+  LogOp op = LogOp::SetFeature;
+  std::size_t sentAtOpen = 0;
 };
 
-TEST_F(EveryModelTest, DisconnectedPanelsRefuseAllButTheirSilentSetters) {
-  const std::vector<DisconnectedModel> models = {
-      {kRadioId,
+// Of two panels of a model the second goes: it keeps its slot, and while the
+// first is served as before, the second refuses all but its silent setters.
+// The I/O board's brightness is unsupported whether the board is there or not.
+TEST_F(EveryModelTest, APanelThatHasGoneKeepsItsSlotAndRefusesAllButItsSilentSetters) {
+  const std::vector<GoneModel> models = {
+      {kRadioId, PelmRadio_GetNumDevices,
        {[](int32_t i) { return PelmRadio_SetBrightness(i, 1); }},
        {[](int32_t i) { return PelmRadio_SetLDisplayText(i, kText); },
         [](int32_t i) { return PelmRadio_GetControlVals(i, nullptr, nullptr, nullptr); },
         [](int32_t i) { uint8_t v; return PelmRadio_GetIndicators(i, &v); }},
        [](int32_t i) { return PelmRadio_SetIndicators(i, 0x42); }, {7, 0x42}},
-      {kAlphaId,
+      {kAlphaId, PelmAlpha_GetNumDevices,
        {[](int32_t i) { return PelmAlpha_SetBrightness(i, 1); },
         [](int32_t i) { return PelmAlpha_SetNumericSegments(i, kSegments); }},
        {[](int32_t i) { return PelmAlpha_SetAlphaSegments(i, kGlyphs); },
         [](int32_t i) { return PelmAlpha_SetNumeric(i, kText); },
         [](int32_t i) { return PelmAlpha_GetDialVals(i, nullptr, nullptr); }},
        [](int32_t i) { return PelmAlpha_SetAlpha(i, "X"); }, {3, 0x15, 0x40, 0, 0, 0, 0, 0, 0}},
-      {kAlpha2Id,
+      {kAlpha2Id, PelmAlpha2_GetNumDevices,
        {[](int32_t i) { return PelmAlpha2_SetBrightness(i, 1); },
         [](int32_t i) { return PelmAlpha2_SetNumericSegments(i, kSegments); }},
        {[](int32_t i) { return PelmAlpha2_SetAlpha(i, kText); },
         [](int32_t i) { uint16_t v; return PelmAlpha2_GetBrightness(i, &v); }},
        [](int32_t i) { return PelmAlpha2_SetAlpha(i, "X"); }, {3, 0x15, 0x40, 0, 0, 0, 0, 0, 0}},
-      {kSquawkId,
+      {kSquawkId, PelmSquawk_GetNumDevices,
        {[](int32_t i) { return PelmSquawk_SetBrightness(i, 1); },
         [](int32_t i) { return PelmSquawk_SetDigitSegments(i, kSegments); }},
        {[](int32_t i) { return PelmSquawk_SetDigit(i, kText); },
         [](int32_t i) { return PelmSquawk_GetControlVals(i, nullptr, nullptr); }},
        [](int32_t i) { return PelmSquawk_SetDigit(i, "8"); }, {3, 0x7F}},
-      {kAutopilotId,
+      {kAutopilotId, PelmAutopilot_GetNumDevices,
        {[](int32_t i) { return PelmAutopilot_SetBrightness(i, 1); }},
        {[](int32_t i) { return PelmAutopilot_SetADisplaySegments(i, kSegments); },
         [](int32_t i) { uint16_t v; return PelmAutopilot_GetBrightness(i, &v); }},
        [](int32_t i) { return PelmAutopilot_SetIndicators(i, 0x42); }, {13, 0x42}},
-      {kAutopilot2Id,
+      {kAutopilot2Id, PelmAutopilot2_GetNumDevices,
        {[](int32_t i) { return PelmAutopilot2_SetBrightness(i, 1); }},
        {[](int32_t i) { return PelmAutopilot2_SetIndicators(i, 1); },
         [](int32_t i) { return PelmAutopilot2_SetFDisplayText(i, kText); },
         [](int32_t i) { uint32_t v; return PelmAutopilot2_GetIndicators(i, &v); }},
        [](int32_t i) { return PelmAutopilot2_SetIndicators(i, 0x42); }, {15, 0, 0, 0, 0x42}},
+      {kKnobsId, PelmKnobs_GetNumDevices,
+       {[](int32_t i) { return PelmKnobs_SetBrightness(i, 1); }},
+       {[](int32_t i) { return PelmKnobs_SetIndicators(i, 1); },
+        [](int32_t i) { return PelmKnobs_GetControlVals(i, &counts[0], &counts[1], &counts[2], &counts[3], scratch); }},
+       [](int32_t i) { return PelmKnobs_SetIndicators(i, 0x42); }, {2, 0x42}},
+      {kGearId, PelmGear_GetNumDevices,
+       {[](int32_t i) { return PelmGear_SetBrightness(i, 1); }},
+       {[](int32_t i) { return PelmGear_SetIndicators(i, 1); },
+        [](int32_t i) { return PelmGear_GetControlVals(i, counts, scratch); }},
+       [](int32_t i) { return PelmGear_SetIndicators(i, 0x40); }, {2, 0x43}},
+      {kGear2Id, PelmGear2_GetNumDevices,
+       {[](int32_t i) { return PelmGear2_SetBrightness(i, 1); }},
+       {[](int32_t i) { return PelmGear2_SetIndicators(i, 1); },
+        [](int32_t i) { return PelmGear2_GetControlVals(i, &counts[0], &counts[1], &counts[2], scratch); }},
+       [](int32_t i) { return PelmGear2_SetIndicators(i, 0x42); }, {2, 0x42}},
+      {kKeypadId, PelmKeypad_GetNumDevices,
+       {[](int32_t i) { return PelmKeypad_SetBrightness(i, 1); }},
+       {[](int32_t i) { return PelmKeypad_SetIndicators(i, 1); },
+        [](int32_t i) { uint32_t n; return PelmKeypad_GetKeycodes(i, scratch, &n); }},
+       [](int32_t i) { return PelmKeypad_SetIndicators(i, 0x42); }, {2, 0x42}, LogOp::WriteOutput},
+      {sim::IoBoardPanel::kProductId, PelmIoBoard_GetNumDevices,
+       {},
+       {[](int32_t i) { return PelmIoBoard_SetIndicators(i, 1, 1, 1, 1); },
+        [](int32_t i) {
+          uint8_t* s = scratch;
+          return PelmIoBoard_GetSwitchVals(i, s, s + 1, s + 2, s + 3, s + 4, s + 5, s + 6);
+        }},
+       [](int32_t i) { return PelmIoBoard_SetIndicators(i, 1, 2, 3, 4); }, {2, 1, 2, 3, 4, 0, 0, 0},
+       LogOp::WriteOutput, 1},
+      // Full brightness, so that the marker's colour is the same whether the
+      // level set while away is kept or not.
+      {sim::WarningPanel::kProductId, PelmWarning_GetNumDevices,
+       {[](int32_t i) { return PelmWarning_SetBrightness(i, 15); }},
+       {[](int32_t i) { return PelmWarning_SetIndColorValue(i, 1, 1); },
+        [](int32_t i) { return PelmWarning_GetControlVals(i, scratch); }},
+       [](int32_t i) { return PelmWarning_SetIndColorValue(i, 2, 1); }, {2, 2, 100, 100, 100}, LogOp::WriteOutput,
+       12},
   };
-  std::vector<std::shared_ptr<sim::SimDevice>> devices;
-  for (const auto& model : models) devices.push_back(Plug(model.productId, 1));
+  const auto devices = PlugTwoOfEach(models);
   PelmDev_Init(kHostInstance);
   for (std::size_t m = 0; m < models.size(); ++m) {
-    const DisconnectedModel& model = models[m];
+    const GoneModel& model = models[m];
     sim::SimDevice& device = *devices[m];
     SCOPED_TRACE(device.Description().path);
+    ASSERT_EQ(model.devices(), 2u);
+    WaitForSent(device, model.sentAtOpen, model.op);
     Disconnect(device);
-    for (const Operation& operation : model.silent) EXPECT_EQ(operation(0), PELM_SUCCESS);
-    for (const Operation& operation : model.refused) EXPECT_EQ(operation(0), PELM_ERR_NODEVICE);
+    EXPECT_EQ(model.devices(), 1u);
+    for (const Operation& operation : model.silent) EXPECT_EQ(operation(1), PELM_SUCCESS);
+    for (const Operation& operation : model.refused) {
+      EXPECT_EQ(operation(1), PELM_ERR_NODEVICE);
+      EXPECT_EQ(operation(0), PELM_SUCCESS);
+    }
     device.ClearLog();
     Reconnect(device);
-    ASSERT_EQ(model.marker(0), PELM_SUCCESS);
+    ASSERT_EQ(model.marker(1), PELM_SUCCESS);
     ASSERT_TRUE(device.WaitForLog([&](const std::vector<sim::LogEntry>& log) {
       return std::any_of(log.begin(), log.end(), [&](const sim::LogEntry& e) { return e.bytes == model.markerReport; });
     }));
-    EXPECT_EQ(SentReports(device, LogOp::SetFeature), std::vector<Report>{model.markerReport});
-  }
-}
-
-// The switch and indicator models: a panel that has gone keeps its slot and
-// refuses every operation but the brightness setter. The getters write here.
-uint8_t outBytes[7];
-int16_t outValues[4];
-uint32_t outCount;
-
-struct GoneModel {
-  const char* family;
-  uint16_t productId;
-  uint32_t (*devices)();
-  // The statuses of the brightness setter, a lamp setter and a control getter.
-  std::function<std::vector<int32_t>(int32_t index)> statuses;
-  int32_t brightnessWhenGone;
-};
-
-const GoneModel kGoneModels[] = {
-    {"PelmKnobs", sim::KnobPanel::kProductId, PelmKnobs_GetNumDevices,
-     [](int32_t i) -> std::vector<int32_t> {
-       return {PelmKnobs_SetBrightness(i, 1), PelmKnobs_SetIndicators(i, 1),
-               PelmKnobs_GetControlVals(i, &outValues[0], &outValues[1], &outValues[2], &outValues[3], outBytes)};
-     },
-     PELM_SUCCESS},
-    {"PelmGear", sim::GearPanel::kProductId, PelmGear_GetNumDevices,
-     [](int32_t i) -> std::vector<int32_t> {
-       return {PelmGear_SetBrightness(i, 1), PelmGear_SetIndicators(i, 1), PelmGear_GetControlVals(i, outValues, outBytes)};
-     },
-     PELM_SUCCESS},
-    {"PelmKeypad", sim::KeypadPanel::kProductId, PelmKeypad_GetNumDevices,
-     [](int32_t i) -> std::vector<int32_t> {
-       return {PelmKeypad_SetBrightness(i, 1), PelmKeypad_SetIndicators(i, 1), PelmKeypad_GetKeycodes(i, outBytes, &outCount)};
-     },
-     PELM_SUCCESS},
-    {"PelmIoBoard", sim::IoBoardPanel::kProductId, PelmIoBoard_GetNumDevices,
-     [](int32_t i) -> std::vector<int32_t> {
-       return {PelmIoBoard_SetBrightness(i, 1), PelmIoBoard_SetIndicators(i, 1, 1, 1, 1),
-               PelmIoBoard_GetSwitchVals(i, &outBytes[0], &outBytes[1], &outBytes[2], &outBytes[3], &outBytes[4], &outBytes[5], &outBytes[6])};
-     },
-     PELM_ERR_UNSUPPORTED},  // the board has no brightness at all
-    {"PelmGear2", sim::Gear2Panel::kProductId, PelmGear2_GetNumDevices,
-     [](int32_t i) -> std::vector<int32_t> {
-       return {PelmGear2_SetBrightness(i, 1), PelmGear2_SetIndicators(i, 1),
-               PelmGear2_GetControlVals(i, &outValues[0], &outValues[1], &outValues[2], outBytes)};
-     },
-     PELM_SUCCESS},
-    {"PelmWarning", sim::WarningPanel::kProductId, PelmWarning_GetNumDevices,
-     [](int32_t i) -> std::vector<int32_t> {
-       return {PelmWarning_SetBrightness(i, 1), PelmWarning_SetIndColorValue(i, 1, 1),
-               PelmWarning_GetControlVals(i, outBytes)};
-     },
-     PELM_SUCCESS},
-};
-
-TEST_F(EveryModelTest, APanelThatHasGoneKeepsItsSlotAndIsRefused) {
-  for (const GoneModel& model : kGoneModels) {
-    SCOPED_TRACE(model.family);
-    Plug(model.productId, 1);
-    auto gone = Plug(model.productId, 2);
-    PelmDev_Init(kHostInstance);
-    ASSERT_EQ(model.devices(), 2u);
-    Disconnect(*gone);
-    const std::size_t sentBefore = gone->CountOf(sim::LogOp::SetFeature) + gone->CountOf(sim::LogOp::WriteOutput);
-    EXPECT_EQ(model.devices(), 1u);
-    const std::vector<int32_t> refused = {model.brightnessWhenGone, PELM_ERR_NODEVICE, PELM_ERR_NODEVICE};
-    EXPECT_EQ(model.statuses(1), refused);
-    EXPECT_EQ(gone->CountOf(sim::LogOp::SetFeature) + gone->CountOf(sim::LogOp::WriteOutput), sentBefore);
-    EXPECT_EQ(model.statuses(0).back(), PELM_SUCCESS);
-    PelmDev_Terminate();
-    bus().Reset();
+    EXPECT_EQ(SentReports(device, model.op), std::vector<Report>{model.markerReport});
   }
 }
 

@@ -10,9 +10,8 @@
 #include <chrono>
 #include <thread>
 
+#include "models/model_test.h"
 #include "platform/sim/panels/throttle_panel.h"
-#include "support/input_capture.h"
-#include "support/library_fixture.h"
 
 namespace pelm::test {
 namespace {
@@ -21,7 +20,7 @@ using namespace std::chrono_literals;
 
 constexpr uint16_t kThrottleId = sim::ThrottlePanel::kProductId;
 
-class ThrottleTest : public LibraryTest {};
+class ThrottleTest : public ModelTest {};
 
 TEST_F(ThrottleTest, LeversAreCopiedAndContactsReversed) {
   const std::pair<uint8_t, uint8_t> contactsToSwitches[] = {{0x01, 0x10}, {0x02, 0x08}, {0x04, 0x04},
@@ -29,34 +28,21 @@ TEST_F(ThrottleTest, LeversAreCopiedAndContactsReversed) {
   auto device = Plug(kThrottleId, 1);
   auto& panel = device->PanelAs<sim::ThrottlePanel>();
   PelmDev_Init(kHostInstance);
-  InputCapture capture(sizeof(ThrottleInputRecord));
-  std::size_t reported = 0;
   for (const auto& [contacts, switches] : contactsToSwitches) {
-    const std::array<uint8_t, kThrottleLeverCount> levers = {uint8_t(reported), 1, 0x7F, 0x80, 0xFE, 0xFF};
+    const std::array<uint8_t, kThrottleLeverCount> levers = {contacts, 1, 0x7F, 0x80, 0xFE, 0xFF};
     for (int lever = 0; lever < kThrottleLeverCount; ++lever) panel.SetLever(lever + 1, levers[lever]);
     panel.SetSwitchContacts(contacts);
-    device->InjectInput(panel.InputReport());
-    ASSERT_TRUE(capture.WaitForCount(++reported));
-    const auto record = capture.Calls().back().As<ThrottleInputRecord>();
-    EXPECT_EQ(record.switchVals, switches) << "contacts " << int{contacts};
-    EXPECT_TRUE(std::equal(levers.begin(), levers.end(), record.axisVals));
-
-    std::array<uint8_t, kThrottleLeverCount> read{};
-    uint8_t readSwitches = 0;
+    Deliver(*device, {panel.InputReport()});
+    Values expected(levers.begin(), levers.end());
+    expected.push_back(switches);
     // Twice: nothing is reset.
-    for (int call = 0; call < 2; ++call) {
-      EXPECT_EQ(
-          PelmThrottle_GetControlVals(0, &read[0], &read[1], &read[2], &read[3], &read[4], &read[5], &readSwitches),
-          PELM_SUCCESS);
-      EXPECT_EQ(read, levers);
-      EXPECT_EQ(readSwitches, switches);
-    }
+    EXPECT_EQ(Read(PelmThrottle_GetControlVals), expected) << "contacts " << int{contacts};
+    EXPECT_EQ(Read(PelmThrottle_GetControlVals), expected);
   }
   EXPECT_EQ(PelmThrottle_GetControlVals_stdcall(0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr),
             PELM_SUCCESS);
 
-  bus().Unplug(device->Description().path);
-  PelmDevExt_DispatchEvents();
+  Disconnect(*device);
   EXPECT_EQ(PelmThrottle_GetControlVals(0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr),
             PELM_ERR_NODEVICE);
 }

@@ -4,9 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "models/warning_colors.h"
-#include "platform/sim/panels/warning_panel.h"
-#include "support/input_capture.h"
 #include "models/model_test.h"
+#include "platform/sim/panels/warning_panel.h"
 
 namespace pelm::test {
 namespace {
@@ -50,20 +49,15 @@ TEST_F(WarningPanelTest, InitSendsFullBrightnessThenEveryIndicatorOff) {
     for (uint8_t n = 1; n <= kIndicators; ++n) expected.push_back({2, n, 0, 0, 0});
   }
   EXPECT_EQ(WaitForSent(*device, kOpenSequenceLength, LogOp::WriteOutput), expected);
-  int32_t level = 0;
-  uint8_t control = 0;
-  ASSERT_EQ(PelmWarning_GetBrightness(0, &level), PELM_SUCCESS);
-  ASSERT_EQ(PelmWarning_GetControlVals(0, &control), PELM_SUCCESS);
-  EXPECT_EQ(level, 15);
-  EXPECT_EQ(control, 0x42);
+  EXPECT_EQ(Read(PelmWarning_GetBrightness), Values{15});
+  EXPECT_EQ(Read(PelmWarning_GetControlVals), Values{0x42});
 
   // A panel that arrives while the host runs is sent nothing, yet starts at
   // full brightness with every indicator dark.
   auto arriving = Plug(WarningPanel::kProductId, 2);
   PelmDevExt_DispatchEvents();
   ASSERT_EQ(PelmWarning_GetNumDevices(), 2u);
-  ASSERT_EQ(PelmWarning_GetBrightness(1, &level), PELM_SUCCESS);
-  EXPECT_EQ(level, 15);
+  EXPECT_EQ(Read(PelmWarning_GetBrightness, 1), Values{15});
   ASSERT_EQ(PelmWarning_SetIndColorValue(1, 2, 1), PELM_SUCCESS);
   EXPECT_EQ(WaitForSent(*arriving, 1, LogOp::WriteOutput), (std::vector<Report>{{2, 2, 100, 100, 100}}));
 }
@@ -101,9 +95,7 @@ TEST_F(WarningPanelTest, ABrightnessChangeResendsEveryIndicatorFromItsColourInde
 
   // Neither clamped nor refused; only the low 16 bits are kept.
   ASSERT_EQ(PelmWarning_SetBrightness(0, 0x10027), PELM_SUCCESS);
-  int32_t level = 0;
-  ASSERT_EQ(PelmWarning_GetBrightness(0, &level), PELM_SUCCESS);
-  EXPECT_EQ(level, 39);
+  EXPECT_EQ(Read(PelmWarning_GetBrightness), Values{39});
   EXPECT_EQ(IndColor(2), (std::vector<uint8_t>{4, 4, 4}));
 }
 
@@ -142,16 +134,8 @@ TEST_F(WarningPanelTest, AColourRefusedByAFullQueueLeavesTheStoredComponents) {
 
 TEST_F(WarningPanelTest, TheControlByteFollowsEveryReport) {
   auto device = OpenPanel();
-  InputCapture inputs(1);
-  device->InjectInput({0, 0x81});
-  device->InjectInput({0, 0x81});
-  ASSERT_TRUE(inputs.WaitForCount(2));
-  const auto seen = inputs.Calls();
-  EXPECT_EQ(seen[1].modelType, PELM_MODEL_WARNING);
-  EXPECT_EQ(seen[1].record, (Report{0x81}));
-  uint8_t control = 0;
-  ASSERT_EQ(PelmWarning_GetControlVals(0, &control), PELM_SUCCESS);
-  EXPECT_EQ(control, 0x81);
+  Deliver(*device, {{0, 0x81}, {0, 0x81}});  // a repeated report is delivered too
+  EXPECT_EQ(Read(PelmWarning_GetControlVals), Values{0x81});
 }
 
 }  // namespace
