@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <cerrno>
 #include <cstring>
@@ -112,15 +113,13 @@ TEST_F(DeviceInfoTest, PresentPanelsAreListedWithWhatKeepsThemClosed) {
   ASSERT_EQ(PelmDevExt_ListPresentPanels(panels.data(), 3, &count), PELM_SUCCESS);
   ASSERT_EQ(count, 2u);
 
-  EXPECT_EQ(panels[0].modelType, PELM_MODEL_RADIO);
-  EXPECT_EQ(panels[0].deviceIndex, 0);
-  EXPECT_EQ(panels[0].openInSlot, 1);
-  EXPECT_EQ(panels[0].openStatus, PELMEXT_OPEN_OK);
-  EXPECT_EQ(panels[1].modelType, PELM_MODEL_THROTTLE);
-  EXPECT_EQ(panels[1].deviceIndex, -1);
-  EXPECT_EQ(panels[1].openInSlot, 0);
-  EXPECT_EQ(panels[1].openStatus, PELMEXT_OPEN_PERMISSION_DENIED);
-  EXPECT_EQ(panels[1].osError, EACCES);
+  // Model, slot, whether it is open there, why not, the system's error.
+  using Fields = std::array<int32_t, 5>;
+  auto fields = [](const PelmDevExt_PresentPanel& p) {
+    return Fields{p.modelType, p.deviceIndex, p.openInSlot, p.openStatus, p.osError};
+  };
+  EXPECT_EQ(fields(panels[0]), (Fields{PELM_MODEL_RADIO, 0, 1, PELMEXT_OPEN_OK, 0}));
+  EXPECT_EQ(fields(panels[1]), (Fields{PELM_MODEL_THROTTLE, -1, 0, PELMEXT_OPEN_PERMISSION_DENIED, EACCES}));
   EXPECT_EQ(panels[1].devicePath, UpperCase(InterfacePath(kThrottleId, 1)));
 
   EXPECT_EQ(PelmDevExt_ListPresentPanels(panels.data(), 3, nullptr), PELM_ERR_PARAM);
