@@ -84,11 +84,6 @@ class CallbacksTest : public LibraryTest {
     std::lock_guard hold(orderMutex);
     order.clear();
   }
-  void TearDown() override {
-    PelmDev_UnregisterWakeupCallback();
-    PelmDev_UnregisterWakeupCallback_stdcall();
-    LibraryTest::TearDown();
-  }
 };
 
 TEST_F(CallbacksTest, EveryFormRefusesNullAndDeadRegistrationsKeepsWhatItHoldsAndInitForgetsIt) {
@@ -148,7 +143,7 @@ TEST_F(CallbacksTest, AnInputCallbackThatBlocksMakesOtherDevicesEventsDrop) {
   EXPECT_GE(std::chrono::steady_clock::now() - start, 900ms);
 }
 
-TEST_F(CallbacksTest, WakeupCallsTheDefaultFormThenTheStdcallFormAndEitherUnregistrationStopsBoth) {
+TEST_F(CallbacksTest, WakeupCallsTheDefaultFormThenTheStdcallFormEitherUnregistrationStopsBothAndAReRegistrationRestarts) {
   ASSERT_EQ(PelmDev_RegisterWakeupCallback(WakeDefault, 5), 1u);
   ASSERT_EQ(PelmDev_RegisterWakeupCallback_stdcall(WakeStdcall, 5), 1u);
   ASSERT_TRUE(WaitUntil([] { return Order().find("dsds") != std::string::npos; }));
@@ -157,9 +152,8 @@ TEST_F(CallbacksTest, WakeupCallsTheDefaultFormThenTheStdcallFormAndEitherUnregi
   const std::size_t calls = Order().size();
   EXPECT_FALSE(WaitUntil([&] { return Order().size() > calls + 1; }, 100ms));
   EXPECT_EQ(PelmDev_UnregisterWakeupCallback(), 1u);
-}
 
-TEST_F(CallbacksTest, ReRegisteringWhileTheThreadLeavesKeepsTheCallsComing) {
+  // Registering again while the thread leaves keeps the calls coming.
   for (int round = 0; round < 200; ++round) {
     PelmDev_RegisterWakeupCallback(WakeDefault, 1);
     PelmDev_UnregisterWakeupCallback();

@@ -1,5 +1,5 @@
-// The device information queries: what is written for each model, what an
-// unplugged panel keeps, and the present panels. The records are packed, so
+// The device information queries: what is written for each model, and the
+// present panels. The records are packed, so
 // their 16-bit fields are copied out before they are compared.
 
 #include <gtest/gtest.h>
@@ -21,7 +21,6 @@
 namespace pelm::test {
 namespace {
 
-constexpr uint16_t kMapCtlId = 0x0300;
 constexpr uint16_t kThrottleId = 0x0200;
 constexpr uint8_t kHostFill = 0xAB;
 constexpr uint16_t kHostOutputLength = 0xBEEF;
@@ -73,21 +72,6 @@ TEST_F(DeviceInfoTest, EveryModelIsDescribedWithItsPathVersionSerialAndKind) {
     const bool classBased = ModelByTypeCode(model.typeCode)->kind == ModelKind::ClassBased;
     EXPECT_EQ(uint16_t{info2.outputReportLength}, classBased ? 5 : kHostOutputLength);
   }
-}
-
-TEST_F(DeviceInfoTest, AnUnpluggedDeviceIsStillDescribedUntilTerminate) {
-  auto device = Plug(kMapCtlId, 1);
-  PelmDev_Init(kHostInstance);
-  bus().Unplug(device->Description().path);
-  PelmDevExt_DispatchEvents();
-  ASSERT_EQ(PelmMapCtl_GetNumDevices(), 0u);
-  auto info = Filled<PelmDevInfo>();
-  EXPECT_EQ(PelmDev_GetDeviceInfo(PELM_MODEL_MAPCTL, 0, &info), PELM_SUCCESS);
-  EXPECT_EQ(info.devicePath, UpperCase(device->Description().path));
-  auto info2 = Filled<PelmDevInfo2>();
-  EXPECT_EQ(PelmDev_GetDeviceInfo2(PELM_MODEL_MAPCTL, 0, &info2), PELM_SUCCESS);
-  PelmDev_Terminate();
-  EXPECT_EQ(PelmDev_GetDeviceInfo(PELM_MODEL_MAPCTL, 0, &info), PELM_ERR_NODEVICE);
 }
 
 // A panel the user may not open has no slot and no count: the presence query
