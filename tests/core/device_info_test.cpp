@@ -12,8 +12,6 @@
 #include <vector>
 
 #include "core/model_table.h"
-#include "core/pelm_dev.h"
-#include "core/pelm_dev_ext.h"
 #include "models_under_test.h"
 #include "support/guarded_memory.h"
 #include "support/library_fixture.h"

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
 #include <cctype>
 #include <future>
@@ -124,11 +125,9 @@ TEST_F(HotplugTest, ClassBasedArrivalsAreOpenedAndReported) {
   device->PanelAs<sim::GenericPanel>().SetFeatureAnswer({2, 0x61});
   Pump();
   EXPECT_EQ(events, (Events{{PELM_MODEL_ENGINESTART, 0, PELM_EVENT_ARRIVAL}}));
-  uint8_t positions[3] = {};
+  std::array<uint8_t, 3> positions{};
   ASSERT_EQ(PelmEngineStart_GetControlVals(0, &positions[0], &positions[1], &positions[2]), PELM_SUCCESS);
-  EXPECT_EQ(positions[0], 2);
-  EXPECT_EQ(positions[1], 3);
-  EXPECT_EQ(positions[2], 3);
+  EXPECT_EQ(positions, (std::array<uint8_t, 3>{2, 3, 3}));
 }
 
 TEST_F(HotplugTest, WithoutAnInstanceChangesGoUnnoticedAndWithOneForeignDevicesAreIgnored) {

@@ -3,9 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
 #include <set>
 #include <thread>
+#include <utility>
 
 #include "core/model_table.h"
 #include "support/library_fixture.h"
@@ -18,12 +20,6 @@ constexpr uint16_t kTogglesId = 0x0030;
 constexpr uint16_t kEngineStartId = 0x003C;
 
 class LifecycleTest : public LibraryTest {};
-
-uint8_t SwitchesOf(int32_t index) {
-  uint8_t switches = 0;
-  EXPECT_EQ(PelmButtons_GetSwitchVals(index, &switches), PELM_SUCCESS);
-  return switches;
-}
 
 // Init and Terminate in any order, in both calling forms: a Terminate with
 // nothing open, a second Init that reopens from slot zero, Terminate twice.
@@ -39,8 +35,10 @@ TEST_F(LifecycleTest, InitAndTerminateRepeatInAnyOrderAndASecondInitReopensFromS
 
   EXPECT_EQ(PelmDev_Init_stdcall(kHostInstance), 0u);
   EXPECT_EQ(PelmButtons_GetNumDevices(), 2u);
-  EXPECT_EQ(SwitchesOf(0), 0x22);
-  EXPECT_EQ(SwitchesOf(1), 0x11);
+  std::array<uint8_t, 2> switches{};
+  EXPECT_EQ(PelmButtons_GetSwitchVals(0, &switches[0]), PELM_SUCCESS);
+  EXPECT_EQ(PelmButtons_GetSwitchVals(1, &switches[1]), PELM_SUCCESS);
+  EXPECT_EQ(switches, (std::array<uint8_t, 2>{0x22, 0x11}));
   EXPECT_EQ(first->OpenHandles(), 1);  // the new record's main handle; nothing of the first Init is left
   EXPECT_EQ(PelmDev_Terminate_stdcall(), 0u);
   EXPECT_EQ(PelmDev_Terminate(), 0u);
@@ -98,37 +96,28 @@ TEST_F(LifecycleTest, WhereTheOsTellsTheIdsEveryPanelIsProbedOnceAndAForeignDevi
   EXPECT_EQ(PelmButtons_GetNumDevices(), 1u);
 }
 
-TEST_F(LifecycleTest, EnumerationStepsThatKeepFailingAreSkipped) {
+TEST_F(LifecycleTest, EnumerationStepsThatKeepFailingAndPathsTooLongForADeviceObjectAreSkipped) {
   Plug(kButtonsId, 1);
   Plug(kButtonsId, 2);
+  sim::DeviceDescription tooLong = PanelDescription(kButtonsId, 3);
+  tooLong.path += std::string(260 - tooLong.path.size(), 'x');
+  auto unopened = bus().Plug(tooLong);
   bus().FailNextListSteps(3);  // a passing hiccup: the first interface is still found
   PelmDev_Init(nullptr);
   EXPECT_EQ(PelmButtons_GetNumDevices(), 2u);
+  EXPECT_EQ(unopened->CountOf(sim::LogOp::Open), 0u);
 
-  bus().FailNextListSteps(1000);  // a long outage: Init still returns
-  EXPECT_EQ(PelmDev_Init(nullptr), 0u);
-  EXPECT_EQ(PelmButtons_GetNumDevices(), 0u);
-
-  // An enumerator that refuses every index, past the last one too, as SetupDi
-  // does when handed records of another process's layout: Init still returns.
-  bus().FailNextListSteps(sim::Bus::kEveryListStep);
-  EXPECT_EQ(PelmDev_Init(nullptr), 0u);
-  EXPECT_EQ(PelmButtons_GetNumDevices(), 0u);
-
-  // No list of interfaces at all.
-  bus().FailNextListSteps(0);
-  bus().FailListing(true);
-  EXPECT_EQ(PelmDev_Init(nullptr), 0u);
-  EXPECT_EQ(PelmButtons_GetNumDevices(), 0u);
-}
-
-TEST_F(LifecycleTest, PathsTooLongForADeviceObjectAreNotOpened) {
-  sim::DeviceDescription description = PanelDescription(kButtonsId, 1);
-  description.path += std::string(260 - description.path.size(), 'x');
-  auto device = bus().Plug(description);
-  PelmDev_Init(nullptr);
-  EXPECT_EQ(PelmButtons_GetNumDevices(), 0u);
-  EXPECT_EQ(device->CountOf(sim::LogOp::Open), 0u);
+  // Outages that hide every interface, after which Init still returns: a long
+  // run of failing steps; an enumerator that refuses every index, past the last
+  // one too, as SetupDi does when handed records of another process's layout;
+  // no list of interfaces at all.
+  const std::pair<int, bool> outages[] = {{1000, false}, {sim::Bus::kEveryListStep, false}, {0, true}};
+  for (const auto& [failingSteps, listingFails] : outages) {
+    bus().FailNextListSteps(failingSteps);
+    bus().FailListing(listingFails);
+    EXPECT_EQ(PelmDev_Init(nullptr), 0u);
+    EXPECT_EQ(PelmButtons_GetNumDevices(), 0u) << failingSteps << " failing steps, listing fails " << listingFails;
+  }
 }
 
 TEST_F(LifecycleTest, TwoHundredInitTerminateCyclesUnderInputLeakNothing) {
