@@ -84,13 +84,13 @@ TEST_F(HotplugTest, ANewPanelTakesTheLowestFreeSlotAndTheOldOneComesBackToItsOwn
   bus().Plug(first->Description());
   Pump();
   EXPECT_EQ(events, (Events{{PELM_MODEL_BUTTONS, 0, PELM_EVENT_REMOVAL}, {PELM_MODEL_BUTTONS, 2, PELM_EVENT_ARRIVAL},
-                                 {PELM_MODEL_BUTTONS, 0, PELM_EVENT_ARRIVAL}}));
+                           {PELM_MODEL_BUTTONS, 0, PELM_EVENT_ARRIVAL}}));
   EXPECT_EQ(PelmButtons_GetNumDevices(), 3u);
 }
 
-// The path as the OS reports it in the broadcasts, in mixed case: matched to
-// the running device whatever its case.
-TEST_F(HotplugTest, RepeatedBroadcastsAreReportedAgain) {
+// The OS may report a path in mixed case: it is matched to the running device
+// whatever its case.
+TEST_F(HotplugTest, RepeatedBroadcastsAreReportedAgainWhateverTheCaseOfThePath) {
   sim::DeviceDescription description = PanelDescription(kButtonsId, 1);
   for (std::size_t i = 0; i < description.path.size(); i += 2) {
     description.path[i] = static_cast<char>(std::toupper(static_cast<unsigned char>(description.path[i])));
@@ -102,7 +102,7 @@ TEST_F(HotplugTest, RepeatedBroadcastsAreReportedAgain) {
   bus().Unplug(description.path);
   Pump();
   EXPECT_EQ(events, (Events{{PELM_MODEL_BUTTONS, 0, PELM_EVENT_ARRIVAL}, {PELM_MODEL_BUTTONS, 0, PELM_EVENT_REMOVAL},
-                                 {PELM_MODEL_BUTTONS, 0, PELM_EVENT_REMOVAL}}));
+                           {PELM_MODEL_BUTTONS, 0, PELM_EVENT_REMOVAL}}));
 }
 
 TEST_F(HotplugTest, PanelsBeyondTheSlotTableAreDiscardedAtInitAndAtArrival) {
