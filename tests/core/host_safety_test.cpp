@@ -5,9 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <future>
 #include <memory>
 #include <new>
 #include <thread>
@@ -83,28 +85,20 @@ class HostSafetyTest : public LibraryTest, public ::testing::WithParamInterface<
 };
 
 TEST_P(HostSafetyTest, FromInsideACallbackInitAndTerminateAreRefusedAndOtherCallsWork) {
-  static std::atomic<uint32_t> terminated, initialised, unregistered, counted;
-  static std::atomic<int32_t> setterStatus, getterStatus;
-  static std::atomic<bool> done;
-  done = false;
+  // What the calls made inside gave: Terminate, Init, whether the panel is still
+  // counted, a setter, a getter, the unregistration.
+  using Results = std::array<int64_t, 6>;
+  static std::promise<Results> inside;
+  inside = {};
   const CallbackCase kind = GetParam();
   RunInsideCallback([kind] {
-    terminated = PelmDev_Terminate();
-    initialised = PelmDev_Init(kHostInstance);
-    counted = PelmButtons_GetNumDevices();
-    setterStatus = PelmButtons_SetIndicators(0, 1);
     uint8_t switches = 0;
-    getterStatus = PelmButtons_GetSwitchVals(0, &switches);
-    unregistered = kind.unregister();
-    done = true;
+    inside.set_value({PelmDev_Terminate(), PelmDev_Init(kHostInstance), PelmButtons_GetNumDevices() >= 1,
+                      PelmButtons_SetIndicators(0, 1), PelmButtons_GetSwitchVals(0, &switches), kind.unregister()});
   });
-  ASSERT_TRUE(WaitUntil([] { return done.load(); }));
-  EXPECT_EQ(terminated, 1u);
-  EXPECT_EQ(initialised, 1u);
-  EXPECT_GE(counted, 1u);
-  EXPECT_EQ(setterStatus, PELM_SUCCESS);
-  EXPECT_EQ(getterStatus, PELM_SUCCESS);
-  EXPECT_EQ(unregistered, 1u);
+  std::future<Results> results = inside.get_future();
+  ASSERT_TRUE(WaitUntil([&] { return results.wait_for(0s) == std::future_status::ready; }));
+  EXPECT_EQ(results.get(), (Results{1, 1, true, PELM_SUCCESS, PELM_SUCCESS, 1}));
   // The refused calls changed nothing: the panel is still open and served.
   EXPECT_GE(PelmButtons_GetNumDevices(), 1u);
   EXPECT_EQ(kind.unregister(), 0u);
@@ -122,13 +116,10 @@ TEST_P(HostSafetyTest, TheContextOfACallbackMayBeFreedOnceUnregistrationReturns)
     ++*context.load();  // a use-after-free under ASan when unregistration returned early
   });
   ASSERT_TRUE(WaitUntil([] { return inside.load(); }));
-  const CallbackCase kind = GetParam();
-  std::thread host([kind] {
-    kind.unregister();
-    delete context.exchange(nullptr);
-    contextFreed = true;
-  });
-  host.join();
+  // The host, on the test's thread, frees the context once it is unregistered.
+  GetParam().unregister();
+  delete context.exchange(nullptr);
+  contextFreed = true;
   EXPECT_FALSE(freedWhileRunning);
 }
 

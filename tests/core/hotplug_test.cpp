@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <atomic>
 #include <cctype>
+#include <future>
+#include <thread>
 
 #include "support/library_fixture.h"
 
@@ -12,7 +16,8 @@ namespace {
 constexpr uint16_t kButtonsId = 0x0020;
 constexpr uint16_t kEngineStartId = 0x003C;
 
-std::vector<ConnectEvent> events;
+using Events = std::vector<ConnectEvent>;
+Events events;
 // The stdcall form is registered beside the default one; both hear of each change.
 int stdcallEvents = 0;
 
@@ -38,7 +43,7 @@ class HotplugTest : public LibraryTest {
   void Pump() { PelmDevExt_DispatchEvents(); }
 };
 
-TEST_F(HotplugTest, UnplugAndReplugKeepTheSlotAndTheState) {
+TEST_F(HotplugTest, UnplugAndReplugKeepTheSlotTheDescriptionAndTheState) {
   auto device = Plug(kButtonsId, 1);
   StartWithHotplug();
   device->InjectInput({0, 0x5A});
@@ -52,11 +57,17 @@ TEST_F(HotplugTest, UnplugAndReplugKeepTheSlotAndTheState) {
   EXPECT_EQ(PelmButtons_GetSwitchVals(0, &switches), PELM_ERR_NODEVICE);
   EXPECT_EQ(PelmButtons_SetBrightness(0, 1), PELM_SUCCESS);  // brightness never refuses
   EXPECT_EQ(device->OpenHandles(), 0);
+  // Still described until Terminate.
+  PelmDevInfo info;
+  ASSERT_EQ(PelmDev_GetDeviceInfo(PELM_MODEL_BUTTONS, 0, &info), PELM_SUCCESS);
+  EXPECT_STRCASEEQ(info.devicePath, device->Description().path.c_str());
+  PelmDevInfo2 info2{};
+  info2.structSize = sizeof info2;
+  EXPECT_EQ(PelmDev_GetDeviceInfo2(PELM_MODEL_BUTTONS, 0, &info2), PELM_SUCCESS);
 
   bus().Plug(device->Description());
   Pump();
-  EXPECT_EQ(events, (std::vector<ConnectEvent>{{PELM_MODEL_BUTTONS, 0, PELM_EVENT_REMOVAL},
-                                                {PELM_MODEL_BUTTONS, 0, PELM_EVENT_ARRIVAL}}));
+  EXPECT_EQ(events, (Events{{PELM_MODEL_BUTTONS, 0, PELM_EVENT_REMOVAL}, {PELM_MODEL_BUTTONS, 0, PELM_EVENT_ARRIVAL}}));
   EXPECT_EQ(stdcallEvents, 2);
   EXPECT_EQ(PelmButtons_GetNumDevices(), 1u);
   ASSERT_EQ(PelmButtons_GetSwitchVals(0, &switches), PELM_SUCCESS);
@@ -72,49 +83,64 @@ TEST_F(HotplugTest, ANewPanelTakesTheLowestFreeSlotAndTheOldOneComesBackToItsOwn
   Pump();
   bus().Plug(first->Description());
   Pump();
-  EXPECT_EQ(events, (std::vector<ConnectEvent>{{PELM_MODEL_BUTTONS, 0, PELM_EVENT_REMOVAL},
-                                                {PELM_MODEL_BUTTONS, 2, PELM_EVENT_ARRIVAL},
-                                                {PELM_MODEL_BUTTONS, 0, PELM_EVENT_ARRIVAL}}));
+  EXPECT_EQ(events, (Events{{PELM_MODEL_BUTTONS, 0, PELM_EVENT_REMOVAL}, {PELM_MODEL_BUTTONS, 2, PELM_EVENT_ARRIVAL},
+                           {PELM_MODEL_BUTTONS, 0, PELM_EVENT_ARRIVAL}}));
   EXPECT_EQ(PelmButtons_GetNumDevices(), 3u);
 }
 
-TEST_F(HotplugTest, PathsMatchWhateverTheirCase) {
+// The OS may report a path in mixed case: it is matched to the running device
+// whatever its case.
+TEST_F(HotplugTest, RepeatedBroadcastsAreReportedAgainWhateverTheCaseOfThePath) {
   sim::DeviceDescription description = PanelDescription(kButtonsId, 1);
   for (std::size_t i = 0; i < description.path.size(); i += 2) {
     description.path[i] = static_cast<char>(std::toupper(static_cast<unsigned char>(description.path[i])));
   }
-  auto device = bus().Plug(description);
+  bus().Plug(description);
   StartWithHotplug();
+  bus().Plug(description);  // arrival of a device that already runs: restarted
+  bus().Unplug(description.path);
   bus().Unplug(description.path);
   Pump();
-  EXPECT_EQ(events, (std::vector<ConnectEvent>{{PELM_MODEL_BUTTONS, 0, PELM_EVENT_REMOVAL}}));
+  EXPECT_EQ(events, (Events{{PELM_MODEL_BUTTONS, 0, PELM_EVENT_ARRIVAL}, {PELM_MODEL_BUTTONS, 0, PELM_EVENT_REMOVAL},
+                           {PELM_MODEL_BUTTONS, 0, PELM_EVENT_REMOVAL}}));
 }
 
-TEST_F(HotplugTest, RepeatedBroadcastsAreReportedAgain) {
-  auto device = Plug(kButtonsId, 1);
+TEST_F(HotplugTest, PanelsBeyondTheSlotTableAreDiscardedAtInitAndAtArrival) {
+  std::vector<std::shared_ptr<sim::SimDevice>> panels;
+  for (int i = 0; i < 33; ++i) panels.push_back(Plug(kButtonsId, i));
   StartWithHotplug();
-  bus().Plug(device->Description());  // arrival of a device that already runs: restarted
-  bus().Unplug(device->Description().path);
-  bus().Unplug(device->Description().path);
-  Pump();
-  EXPECT_EQ(events, (std::vector<ConnectEvent>{{PELM_MODEL_BUTTONS, 0, PELM_EVENT_ARRIVAL},
-                                                {PELM_MODEL_BUTTONS, 0, PELM_EVENT_REMOVAL},
-                                                {PELM_MODEL_BUTTONS, 0, PELM_EVENT_REMOVAL}}));
-}
-
-TEST_F(HotplugTest, ANewPanelBeyondTheSlotTableIsDiscardedSilently) {
-  for (int i = 0; i < 32; ++i) Plug(kButtonsId, i);
-  StartWithHotplug();
-  auto extra = Plug(kButtonsId, 32);
+  EXPECT_EQ(PelmButtons_GetNumDevices(), 32u);
+  EXPECT_EQ(panels.back()->OpenHandles(), 0);
+  EXPECT_GT(panels.back()->CountOf(sim::LogOp::Open), 0u);  // opened, then closed
+  auto extra = Plug(kButtonsId, 33);
   Pump();
   EXPECT_TRUE(events.empty());
   EXPECT_EQ(PelmButtons_GetNumDevices(), 32u);
   EXPECT_EQ(extra->OpenHandles(), 0);
 }
 
-TEST_F(HotplugTest, ForeignDevicesAndUnknownRemovalsAreIgnored) {
+TEST_F(HotplugTest, ClassBasedArrivalsAreOpenedAndReported) {
   StartWithHotplug();
-  sim::DeviceDescription foreign = PanelDescription(kButtonsId, 1);
+  auto device = Plug(kEngineStartId, 1);
+  device->PanelAs<sim::GenericPanel>().SetFeatureAnswer({2, 0x61});
+  Pump();
+  EXPECT_EQ(events, (Events{{PELM_MODEL_ENGINESTART, 0, PELM_EVENT_ARRIVAL}}));
+  std::array<uint8_t, 3> positions{};
+  ASSERT_EQ(PelmEngineStart_GetControlVals(0, &positions[0], &positions[1], &positions[2]), PELM_SUCCESS);
+  EXPECT_EQ(positions, (std::array<uint8_t, 3>{2, 3, 3}));
+}
+
+TEST_F(HotplugTest, WithoutAnInstanceChangesGoUnnoticedAndWithOneForeignDevicesAreIgnored) {
+  auto device = Plug(kButtonsId, 1);
+  PelmDev_Init(nullptr);
+  PelmDev_RegisterConnectCallback(RecordConnect);
+  EXPECT_EQ(PelmDevExt_EventDescriptor(), -1);
+  bus().Unplug(device->Description().path);
+  EXPECT_EQ(PelmDevExt_DispatchEvents(), 0u);
+  EXPECT_EQ(PelmButtons_GetNumDevices(), 1u);
+
+  StartWithHotplug();
+  sim::DeviceDescription foreign = PanelDescription(kButtonsId, 2);
   foreign.vendorId = 0x1234;
   bus().Plug(foreign);
   bus().Unplug(foreign.path);
@@ -122,26 +148,28 @@ TEST_F(HotplugTest, ForeignDevicesAndUnknownRemovalsAreIgnored) {
   EXPECT_TRUE(events.empty());
 }
 
-TEST_F(HotplugTest, ClassBasedArrivalsAreOpenedAndReported) {
-  StartWithHotplug();
-  auto device = Plug(kEngineStartId, 1);
-  device->PanelAs<sim::GenericPanel>().SetFeatureAnswer({2, 0x90});
-  Pump();
-  EXPECT_EQ(events, (std::vector<ConnectEvent>{{PELM_MODEL_ENGINESTART, 0, PELM_EVENT_ARRIVAL}}));
-  uint8_t positions[3] = {};
-  ASSERT_EQ(PelmEngineStart_GetControlVals(0, &positions[0], &positions[1], &positions[2]), PELM_SUCCESS);
-  EXPECT_EQ(positions[1], 1);
-}
-
-TEST_F(HotplugTest, WithoutAnInstanceChangesGoUnnoticed) {
+// A panel unplugged while a host thread keeps queuing reports for it, every
+// send slow so that the host refills the queue as fast as a draining writer
+// empties it: the removal stops the writer promptly instead of draining for as
+// long as the host keeps queuing.
+TEST_F(HotplugTest, RemovalOfAPanelUnderABusyHostEnds) {
+  constexpr auto kSlowSend = std::chrono::milliseconds(1);
   auto device = Plug(kButtonsId, 1);
-  PelmDev_Init(nullptr);
-  PelmDev_RegisterConnectCallback(RecordConnect);
-  EXPECT_EQ(PelmDevExt_EventDescriptor(), -1);
+  device->SetOperationDelay(kSlowSend);
+  StartWithHotplug();
+  std::atomic<bool> hostBusy{true};
+  std::thread host([&] {
+    for (uint32_t value = 0; hostBusy; ++value) PelmButtons_SetIndicators(0, value);
+  });
+  ASSERT_TRUE(WaitUntil([&] { return device->CountOf(sim::LogOp::SetFeature) > 0; }));
+
   bus().Unplug(device->Description().path);
-  EXPECT_EQ(PelmDevExt_DispatchEvents(), 0u);
-  EXPECT_TRUE(events.empty());
-  EXPECT_EQ(PelmButtons_GetNumDevices(), 1u);
+  auto removal = std::async(std::launch::async, [this] { Pump(); });
+  const bool removalEnded = WaitUntil([&] { return removal.wait_for(std::chrono::seconds(0)) == std::future_status::ready; });
+  hostBusy = false;
+  host.join();
+  EXPECT_TRUE(removalEnded);
+  EXPECT_EQ(PelmButtons_GetNumDevices(), 0u);
 }
 
 }  // namespace

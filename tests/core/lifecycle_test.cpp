@@ -3,9 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
 #include <set>
 #include <thread>
+#include <utility>
 
 #include "core/model_table.h"
 #include "support/library_fixture.h"
@@ -16,40 +18,33 @@ namespace {
 constexpr uint16_t kButtonsId = 0x0020;
 constexpr uint16_t kTogglesId = 0x0030;
 constexpr uint16_t kEngineStartId = 0x003C;
-constexpr int kProbeOrderLength = 18;
 
 class LifecycleTest : public LibraryTest {};
 
-uint8_t SwitchesOf(int32_t index) {
-  uint8_t switches = 0;
-  EXPECT_EQ(PelmButtons_GetSwitchVals(index, &switches), PELM_SUCCESS);
-  return switches;
-}
-
-TEST_F(LifecycleTest, ASecondInitReopensFromSlotZero) {
+// Init and Terminate in any order, in both calling forms: a Terminate with
+// nothing open, a second Init that reopens from slot zero, Terminate twice.
+TEST_F(LifecycleTest, InitAndTerminateRepeatInAnyOrderAndASecondInitReopensFromSlotZero) {
   auto first = Plug(kButtonsId, 1);
   first->PanelAs<sim::GenericPanel>().SetFeatureAnswer({4, 0x11});
-  PelmDev_Init(nullptr);
+  EXPECT_EQ(PelmDev_Terminate(), 0u);
+  EXPECT_EQ(PelmDev_Init(nullptr), 0u);
   auto second = Plug(kButtonsId, 2);
   bus().Unplug(first->Description().path);
   bus().Plug(first->Description());  // now enumerated after the second panel
   second->PanelAs<sim::GenericPanel>().SetFeatureAnswer({4, 0x22});
 
-  PelmDev_Init(nullptr);
+  EXPECT_EQ(PelmDev_Init_stdcall(kHostInstance), 0u);
   EXPECT_EQ(PelmButtons_GetNumDevices(), 2u);
-  EXPECT_EQ(SwitchesOf(0), 0x22);
-  EXPECT_EQ(SwitchesOf(1), 0x11);
+  std::array<uint8_t, 2> switches{};
+  EXPECT_EQ(PelmButtons_GetSwitchVals(0, &switches[0]), PELM_SUCCESS);
+  EXPECT_EQ(PelmButtons_GetSwitchVals(1, &switches[1]), PELM_SUCCESS);
+  EXPECT_EQ(switches, (std::array<uint8_t, 2>{0x22, 0x11}));
   EXPECT_EQ(first->OpenHandles(), 1);  // the new record's main handle; nothing of the first Init is left
-}
-
-TEST_F(LifecycleTest, AForeignDeviceIsProbedOncePerModelAndLandsNowhere) {
-  sim::DeviceDescription foreign = PanelDescription(kButtonsId, 1);
-  foreign.vendorId = 0x046D;
-  auto device = bus().Plug(foreign);
-  PelmDev_Init(nullptr);
-  EXPECT_EQ(device->CountOf(sim::LogOp::Open), static_cast<std::size_t>(kProbeOrderLength));
-  EXPECT_EQ(device->OpenHandles(), 0);
+  EXPECT_EQ(PelmDev_Terminate_stdcall(), 0u);
+  EXPECT_EQ(PelmDev_Terminate(), 0u);
   EXPECT_EQ(PelmButtons_GetNumDevices(), 0u);
+  PelmDevInfo info;
+  EXPECT_EQ(PelmDev_GetDeviceInfo(PELM_MODEL_BUTTONS, 0, &info), PELM_ERR_NODEVICE);
 }
 
 // Opens that found no other handle of the device open: the ones a USB HID
@@ -68,7 +63,7 @@ int ColdOpens(const sim::SimDevice& device) {
   return cold;
 }
 
-TEST_F(LifecycleTest, WhereTheOsTellsTheIdsEveryPanelIsProbedOnceAndAForeignDeviceNever) {
+TEST_F(LifecycleTest, WhereTheOsTellsTheIdsEveryPanelIsProbedOnceAndAForeignDeviceNeverElseOncePerModel) {
   bus().TellIdsWithoutOpening(true);
   sim::DeviceDescription foreign = PanelDescription(kButtonsId, 1);
   foreign.vendorId = 0x046D;
@@ -91,66 +86,39 @@ TEST_F(LifecycleTest, WhereTheOsTellsTheIdsEveryPanelIsProbedOnceAndAForeignDevi
     // The probe's handle stays open while the object opens its own.
     EXPECT_EQ(ColdOpens(*panels[i]), 1);
   }
-}
 
-TEST_F(LifecycleTest, DevicesBeyondTheSlotTableAreDiscarded) {
-  std::vector<std::shared_ptr<sim::SimDevice>> panels;
-  for (int i = 0; i < 33; ++i) panels.push_back(Plug(kButtonsId, i));
+  // Where the OS does not tell them, each model's probe opens the foreign
+  // device once, and it lands nowhere.
+  bus().TellIdsWithoutOpening(false);
   PelmDev_Init(nullptr);
-  EXPECT_EQ(PelmButtons_GetNumDevices(), 32u);
-  EXPECT_EQ(panels.back()->OpenHandles(), 0);
-  EXPECT_GT(panels.back()->CountOf(sim::LogOp::Open), 0u);  // opened, then closed
+  EXPECT_EQ(stranger->CountOf(sim::LogOp::Open), ModelsInProbeOrder().size());
+  EXPECT_EQ(stranger->OpenHandles(), 0);
+  EXPECT_EQ(PelmButtons_GetNumDevices(), 1u);
 }
 
-TEST_F(LifecycleTest, EnumerationStepsThatKeepFailingAreSkipped) {
+TEST_F(LifecycleTest, EnumerationStepsThatKeepFailingAndPathsTooLongForADeviceObjectAreSkipped) {
   Plug(kButtonsId, 1);
   Plug(kButtonsId, 2);
+  sim::DeviceDescription tooLong = PanelDescription(kButtonsId, 3);
+  tooLong.path += std::string(260 - tooLong.path.size(), 'x');
+  auto unopened = bus().Plug(tooLong);
   bus().FailNextListSteps(3);  // a passing hiccup: the first interface is still found
   PelmDev_Init(nullptr);
   EXPECT_EQ(PelmButtons_GetNumDevices(), 2u);
+  EXPECT_EQ(unopened->CountOf(sim::LogOp::Open), 0u);
 
-  bus().FailNextListSteps(1000);  // a long outage: Init still returns
-  EXPECT_EQ(PelmDev_Init(nullptr), 0u);
-  EXPECT_EQ(PelmButtons_GetNumDevices(), 0u);
-
-  // An enumerator that refuses every index, past the last one too, as SetupDi
-  // does when handed records of another process's layout: Init still returns.
-  bus().FailNextListSteps(sim::Bus::kEveryListStep);
-  EXPECT_EQ(PelmDev_Init(nullptr), 0u);
-  EXPECT_EQ(PelmButtons_GetNumDevices(), 0u);
-
-  // No list of interfaces at all.
-  bus().FailNextListSteps(0);
-  bus().FailListing(true);
-  EXPECT_EQ(PelmDev_Init(nullptr), 0u);
-  EXPECT_EQ(PelmButtons_GetNumDevices(), 0u);
+  // Outages that hide every interface, after which Init still returns: a long
+  // run of failing steps; an enumerator that refuses every index, past the last
+  // one too, as SetupDi does when handed records of another process's layout;
+  // no list of interfaces at all.
+  const std::pair<int, bool> outages[] = {{1000, false}, {sim::Bus::kEveryListStep, false}, {0, true}};
+  for (const auto& [failingSteps, listingFails] : outages) {
+    bus().FailNextListSteps(failingSteps);
+    bus().FailListing(listingFails);
+    EXPECT_EQ(PelmDev_Init(nullptr), 0u);
+    EXPECT_EQ(PelmButtons_GetNumDevices(), 0u) << failingSteps << " failing steps, listing fails " << listingFails;
+  }
 }
-
-TEST_F(LifecycleTest, PathsTooLongForADeviceObjectAreNotOpened) {
-  sim::DeviceDescription description = PanelDescription(kButtonsId, 1);
-  description.path += std::string(260 - description.path.size(), 'x');
-  auto device = bus().Plug(description);
-  PelmDev_Init(nullptr);
-  EXPECT_EQ(PelmButtons_GetNumDevices(), 0u);
-  EXPECT_EQ(device->CountOf(sim::LogOp::Open), 0u);
-}
-
-TEST_F(LifecycleTest, ClassBasedDevicesAreOpenedInTheirSlot) {
-  auto device = Plug(kEngineStartId, 1);
-  device->PanelAs<sim::GenericPanel>().SetFeatureAnswer({2, 0x61});
-  PelmDev_Init(nullptr);
-  uint8_t positions[3] = {};
-  ASSERT_EQ(PelmEngineStart_GetControlVals(0, &positions[0], &positions[1], &positions[2]), PELM_SUCCESS);
-  EXPECT_EQ(positions[0], 2);
-  EXPECT_EQ(positions[1], 3);
-  EXPECT_EQ(positions[2], 3);
-}
-
-}  // namespace
-}  // namespace pelm::test
-
-namespace pelm::test {
-namespace {
 
 TEST_F(LifecycleTest, TwoHundredInitTerminateCyclesUnderInputLeakNothing) {
   std::vector<std::shared_ptr<sim::SimDevice>> panels = {Plug(kButtonsId, 1), Plug(kTogglesId, 1),
