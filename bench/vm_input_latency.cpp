@@ -35,6 +35,7 @@
 #include "core/pelm_dev.h"
 #include "tests/models_under_test.h"
 #include "testbed/uhid/uhid_cockpit.h"
+#include "testbed/wait_until.h"
 
 namespace {
 
@@ -109,7 +110,7 @@ int main() {
     const uint16_t productId = pelm::test::kModels[static_cast<std::size_t>(i) % std::size(pelm::test::kModels)].productId;
     devices.push_back(pelm::vm::MakePanel(productId, kFirstForeignPort + i, kForeignVendorId));
   }
-  if (!pelm::vm::WaitUntil([&] { return pelm::vm::HidrawNodeCount() == devices.size(); })) {
+  if (!pelm::testbed::WaitUntil([&] { return pelm::vm::HidrawNodeCount() == devices.size(); })) {
     std::fprintf(stderr, "%zu hidraw nodes appeared of %zu devices\n", pelm::vm::HidrawNodeCount(), devices.size());
     return 1;
   }

@@ -1,7 +1,7 @@
 #pragma once
 // Panels on uhid for the tests inside the VM: one per model (or as many as a
-// test asks for), each on its own physical path, and the helpers that wait for
-// the kernel to show or drop their hidraw nodes.
+// test asks for), each on its own physical path, and the count of hidraw nodes
+// the tests wait on while the kernel makes or drops them.
 
 #include <cstdint>
 #include <memory>
@@ -9,11 +9,8 @@
 #include <vector>
 
 #include "testbed/uhid/uhid_panel.h"
-#include "testbed/wait_until.h"
 
 namespace pelm::vm {
-
-using testbed::WaitUntil;
 
 // Hidraw nodes present now.
 std::size_t HidrawNodeCount();

@@ -22,6 +22,7 @@
 #include "core/pelm_dev_ext.h"
 #include "testbed/panel_server/panel_client.h"
 #include "testbed/uhid/uhid_cockpit.h"
+#include "testbed/wait_until.h"
 #include "tests/models_under_test.h"
 
 namespace pelm::desktop {
@@ -30,7 +31,7 @@ namespace {
 using test::kModels;
 using testbed::PanelServerClient;
 using vm::HidrawNodeCount;
-using vm::WaitUntil;
+using testbed::WaitUntil;
 
 constexpr uint16_t kButtonsId = 0x0020, kRadioId = 0x0050, kThrottleId = 0x0200;
 constexpr char kRuleGroup[] = "plugdev";

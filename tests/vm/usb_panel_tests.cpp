@@ -22,6 +22,7 @@
 #include "testbed/panel_report_descriptor.h"
 #include "testbed/usb/gadget_panel.h"
 #include "testbed/uhid/uhid_cockpit.h"
+#include "testbed/wait_until.h"
 #include "tests/models_under_test.h"
 
 namespace pelm::vm {
@@ -30,6 +31,7 @@ namespace {
 using test::kModels;
 using test::Model;
 using test::ModelUnderTest;
+using testbed::WaitUntil;
 
 // bcdDevice holds binary-coded decimal digits: the gadget refuses anything else.
 constexpr uint16_t kFirstVersion = 0x0100;
